@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace zorvik {
+
+// The service addresses of the linked core services. Main thread.
+struct APIUtils {
+    // The hosted checkout page; may hold the placeholder "?token=%@".
+    static std::string webViewViewUrl();
+    // Where the checkout page goes to hand back a payment response.
+    static std::string webViewRespCheckUrl();
+    // The base address of the back end, set before a checkout starts.
+    static void setZorvikTechUrl(const std::string& url);
+};
+
+}  // namespace zorvik

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/services/Scheduler.h"
+
+namespace zorvik::platform {
+
+// The main queue and the global queue, over the installed scheduler. A handle; any thread.
+class DispatchQueue {
+  public:
+    enum class QualityOfService { background };
+
+    static DispatchQueue main() { return DispatchQueue(true); }
+    static DispatchQueue global(QualityOfService) { return DispatchQueue(false); }
+
+    // Never runs the task inside the call. On the main queue each task has a turn of its own.
+    void async(Task task) const;
+    // The same, at the earliest `seconds` from now. Main queue only.
+    void asyncAfter(double seconds, Task task) const;
+
+  private:
+    explicit DispatchQueue(bool isMain) : isMain_(isMain) {}
+
+    bool isMain_;
+};
+
+}  // namespace zorvik::platform

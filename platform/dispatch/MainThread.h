@@ -1,0 +1,25 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+
+namespace zorvik::platform {
+
+// Ends a debug build when called off the main thread; nothing in a release build, or while no
+// port is installed.
+void assertMainThread();
+
+// Runs `destroy` at once on the main thread, else in a main-queue turn. Without an installed port
+// it runs at once.
+void destroyOnMainThread(void* object, void (*destroy)(void*));
+
+// Makes an object whose destructor runs on the main thread, wherever its last reference drops.
+// Every toolkit object and every screen is made by it.
+template <class T, class... Arguments>
+std::shared_ptr<T> makeOnMainThread(Arguments&&... arguments) {
+    return std::shared_ptr<T>(new T(std::forward<Arguments>(arguments)...), [](T* object) {
+        destroyOnMainThread(object, [](void* pointer) { delete static_cast<T*>(pointer); });
+    });
+}
+
+}  // namespace zorvik::platform

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zorvik::platform {
+
+// Base64 in the standard alphabet of RFC 4648, with "=" padding. Pure; any thread.
+std::string base64Encode(std::string_view bytes);
+// nullopt for a length that is no multiple of four, a character outside the alphabet (white space,
+// "-" and "_" included) or misplaced padding. The empty text decodes to no bytes.
+std::optional<std::string> base64Decode(std::string_view text);
+
+// Whether the bytes are well-formed UTF-8 (no overlong forms, no surrogates).
+bool isValidUtf8(std::string_view bytes);
+
+}  // namespace zorvik::platform

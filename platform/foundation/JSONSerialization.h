@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "platform/foundation/Error.h"
+#include "platform/foundation/Value.h"
+
+namespace zorvik::platform {
+
+// Strict JSON (RFC 8259) in both directions. Pure; any thread; never throws.
+class JSONSerialization {
+  public:
+    enum class ReadingOptions {
+        none,              // the top level must be an object or an array
+        fragmentsAllowed,  // any JSON value at the top level
+    };
+
+    // Values nested deeper than this are refused.
+    static constexpr std::size_t maximumDepth = 512;
+
+    // An Error for anything but one JSON text: text before or after it, bytes that are not UTF-8,
+    // nesting beyond maximumDepth, an integer beyond 64 bits, a number beyond a double's range.
+    // Of equal keys in one object the last wins.
+    static Result<Value> jsonObject(std::string_view text, ReadingOptions options);
+
+    // Compact text, no spaces, no line breaks. An Error for strings that are not UTF-8 and for
+    // numbers that JSON cannot write (not finite), and for nesting beyond maximumDepth.
+    static Result<std::string> data(const Value& value);
+};
+
+}  // namespace zorvik::platform

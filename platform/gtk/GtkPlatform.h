@@ -1,0 +1,60 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/uikit/Geometry.h"
+#include "platform/uikit/UIViewController.h"
+
+typedef struct _GtkWindow GtkWindow;  // GTK's own declaration, so that this header needs no GTK
+
+namespace zorvik::platform::gtk {
+
+struct GtkPlatformOptions {
+    // Names the application in the user's configuration folder: the defaults are kept in
+    // $XDG_CONFIG_HOME/<applicationId>/defaults.json.
+    std::string applicationId;
+    UIEdgeInsets safeAreaInsets;
+    // Pages keep cookies and caches in memory only.
+    bool ephemeralPages = true;
+};
+
+// The desktop port on GTK 4 and WebKitGTK 6.0: installed from construction to destruction on the
+// thread that makes it, which becomes the main thread and the one that runs GLib's main loop.
+// Owned by the host's main function. Main thread only.
+class GtkPlatform {
+  public:
+    // Initialises GTK when the host has not. nullptr when there is no display to open.
+    static std::unique_ptr<GtkPlatform> make(const GtkPlatformOptions& options);
+    ~GtkPlatform();
+
+    // The view controller to present from in this window of the host's. What the window shows
+    // stays beneath presented screens. Held by the caller; the window must outlive what is
+    // presented.
+    std::shared_ptr<UIViewController> presenterFor(GtkWindow* window);
+
+    void setSafeAreaInsets(const UIEdgeInsets& insets);
+
+    // Runs the main loop until quit, respectively until the condition holds (asked after every
+    // turn); false when `seconds` passed first.
+    void run();
+    void quit();
+    bool runUntil(const std::function<bool()>& condition, double seconds);
+
+    // Writes what the window shows, web content included, as a PNG; false when it shows nothing
+    // yet or the file cannot be written.
+    bool savePng(GtkWindow* window, const std::string& path);
+
+    // Turns of the main queue and timers run so far: an idle screen adds none.
+    unsigned long wakeUps() const;
+
+  private:
+    struct Parts;
+    explicit GtkPlatform(std::unique_ptr<Parts> parts);
+
+    std::unique_ptr<Parts> parts_;
+};
+
+}  // namespace zorvik::platform::gtk

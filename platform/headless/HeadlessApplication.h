@@ -1,0 +1,39 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/services/ApplicationService.h"
+#include "platform/services/Scheduler.h"
+
+namespace zorvik::platform::headless {
+
+// An application on a machine where only the installed schemes can be opened. Main thread only.
+class HeadlessApplication : public ApplicationService {
+  public:
+    explicit HeadlessApplication(Scheduler& scheduler) : scheduler_(scheduler) {}
+
+    // An application for the scheme is there; `accepts`: whether its launches succeed.
+    void install(const std::string& scheme, bool accepts = true);
+    void uninstall(const std::string& scheme);
+    // What was handed over, in order, refused launches included.
+    const std::vector<std::string>& openedUrls() const { return openedUrls_; }
+    // The customer comes back to this application.
+    void becomeActive();
+
+    bool canOpen(const URL& url) override;
+    void open(const URL& url, std::function<void(bool opened)> completion) override;
+    void setDelegate(ApplicationDelegate* delegate) override { delegate_ = delegate; }
+
+  private:
+    Scheduler& scheduler_;
+    ApplicationDelegate* delegate_ = nullptr;
+    std::set<std::string> accepting_;
+    std::set<std::string> refusing_;
+    std::vector<std::string> openedUrls_;
+};
+
+}  // namespace zorvik::platform::headless

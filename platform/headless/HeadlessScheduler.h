@@ -1,0 +1,87 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/services/Scheduler.h"
+
+namespace zorvik::platform::headless {
+
+// A main queue that turns when told to, over a virtual clock. The thread that makes it is the main
+// thread and the only one that may turn it; tasks may be posted from any thread.
+class HeadlessScheduler : public Scheduler {
+  public:
+    enum class Background {
+        manual,  // background tasks wait until one is told to run, on the calling thread
+        threads  // they run at once on two threads of their own
+    };
+
+    explicit HeadlessScheduler(Background background = Background::manual);
+    ~HeadlessScheduler() override;
+
+    // Runs main-queue turns, and delayed tasks that are due, until none is left. Time stands still.
+    void runUntilIdle();
+    // Runs one turn; false when there was none to run.
+    bool runOneTurn();
+    // Moves both clocks on by `seconds`, running what comes due at its own time, and then all
+    // turns that are ready.
+    void advanceBy(double seconds);
+    // Sets the wall clock; runs nothing and leaves the steady clock alone.
+    void setNow(double wallSeconds);
+
+    // Background tasks that wait (manual mode), and running one of them by its place in line.
+    std::size_t backgroundCount() const;
+    bool runOneBackgroundTask(std::size_t index = 0);
+    // Runs background tasks and turns until neither is left; in threads mode waits for the threads.
+    void settle();
+
+    // Turns that are ready and delayed tasks not yet due.
+    std::size_t pendingCount() const;
+    // Seconds until the next task is due (0: one is ready); nullopt when nothing is pending.
+    std::optional<double> nextDelay() const;
+    // One line a pending task: its number and when it is due.
+    std::string describePending() const;
+
+    void runOnMain(Task task) override;
+    TaskId runOnMainAfter(double seconds, Task task) override;
+    void cancel(TaskId id) override;
+    void runInBackground(Task task) override;
+    double steadySeconds() const override;
+    double wallSeconds() const override;
+    bool isMainThread() const override;
+
+  private:
+    struct Deadline {
+        double at;
+        TaskId id;
+        friend auto operator<=>(const Deadline&, const Deadline&) = default;
+    };
+
+    void moveDueTasks();
+    void work();
+
+    mutable std::mutex mutex_;
+    std::condition_variable changed_;
+    const std::thread::id mainThread_ = std::this_thread::get_id();
+    const Background mode_;
+    double steady_ = 0;
+    double wall_ = 1'700'000'000;
+    TaskId lastId_ = 0;
+    std::deque<Task> ready_;
+    std::map<Deadline, Task> delayed_;  // by deadline, then by number
+    std::deque<Task> background_;
+    std::size_t busyThreads_ = 0;
+    bool stopping_ = false;
+    std::vector<std::thread> threads_;
+};
+
+}  // namespace zorvik::platform::headless

@@ -1,0 +1,118 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/services/Scheduler.h"
+#include "platform/services/WebEngine.h"
+
+namespace zorvik::platform::headless {
+
+class ScriptedPage;
+
+// What the scripted web answers to one load.
+struct ScriptedLoad {
+    enum class Ending {
+        finish,
+        failBeforeCommit,
+        failAfterCommit,
+        hang,             // nothing more until stopped, superseded or timed out
+        hangAfterCommit,  // commits and then nothing more
+    };
+
+    Ending ending = Ending::finish;
+    std::vector<std::string> redirects;  // asked for one by one before the commit
+    Error error{"headless", 1, "Could not connect to the server."};
+};
+
+// A web engine whose pages do what a test says. Fails closed: a load for which nothing is scripted
+// fails before its commit, a script for which nothing is scripted answers with an error. Each step
+// of a page (question, start, commit, finish, failure, message, answer) is a main-queue turn of
+// its own, in the order the desktop's engine has. Main thread only.
+class ScriptedWebEngine : public WebEngine {
+  public:
+    using LoadScript = std::function<std::optional<ScriptedLoad>(const std::string& url)>;
+    using EvaluationScript = std::function<Result<ScriptValue>(const std::string& script)>;
+
+    explicit ScriptedWebEngine(Scheduler& scheduler) : scheduler_(scheduler) {}
+
+    // What every load from now on is answered with; nullopt: nothing scripted.
+    void onLoad(LoadScript script) { loadScript_ = std::move(script); }
+    // What every evaluation from now on is answered with. It may make the page post or navigate.
+    void onEvaluate(EvaluationScript script) { evaluationScript_ = std::move(script); }
+
+    // The pages alive, oldest first.
+    const std::vector<ScriptedPage*>& pages() const { return pages_; }
+    // The youngest page. None is a programming error.
+    ScriptedPage& page() const;
+
+    std::unique_ptr<WebPage> makePage(const WebPageConfiguration& configuration,
+                                      std::weak_ptr<WebPageDelegate> delegate) override;
+
+  private:
+    friend class ScriptedPage;
+
+    Scheduler& scheduler_;
+    LoadScript loadScript_;
+    EvaluationScript evaluationScript_;
+    std::vector<ScriptedPage*> pages_;
+};
+
+// A page of the scripted engine, with what a page's own script could do.
+class ScriptedPage : public WebPage {
+  public:
+    ScriptedPage(ScriptedWebEngine& engine, const WebPageConfiguration& configuration,
+                 std::weak_ptr<WebPageDelegate> delegate);
+    ~ScriptedPage() override;
+
+    // The page goes to another address, as a link or script in it would.
+    void navigate(const std::string& url);
+    // The page goes to a fragment or pushes a state: its address changes, nothing is reported.
+    void replaceUrl(const std::string& url);
+    // The page asks for a navigation in a sub-frame: only the question is reported.
+    void navigateSubframe(const std::string& url);
+    // The page posts; false when no handler of this name is registered.
+    bool post(const std::string& name, const ScriptValue& body);
+    // The page shows a panel; the answer goes to `answered` in the turn that gave it.
+    void showPanel(const ScriptPanel& panel, std::function<void(ScriptPanelAnswer)> answered = {});
+    // The web process dies: evaluations under way fail, so does a load, the address is gone. A
+    // later load works.
+    void killWebProcess();
+
+    // What was asked of the page so far.
+    const std::vector<URLRequest>& requests() const { return requests_; }
+    const std::vector<std::string>& evaluatedScripts() const { return evaluatedScripts_; }
+    const std::set<std::string>& messageHandlers() const { return handlers_; }
+    const WebPageConfiguration& configuration() const { return configuration_; }
+    bool isLoading() const;
+
+    void load(const URLRequest& request) override;
+    void stopLoading() override;
+    void evaluate(const std::string& script, Completion completion) override;
+    std::optional<URL> currentUrl() const override;
+    void addMessageHandler(const std::string& name) override;
+    void removeMessageHandler(const std::string& name) override;
+    void removeAllUserScripts() override {}   // nothing can add one to a scripted page
+    void removeAllContentRules() override {}  // nor a rule
+
+  private:
+    struct Load;
+
+    ScriptedWebEngine& engine_;
+    WebPageConfiguration configuration_;
+    std::weak_ptr<WebPageDelegate> delegate_;
+    // The implementation's own state follows; see the source.
+    std::vector<URLRequest> requests_;
+    std::vector<std::string> evaluatedScripts_;
+    std::set<std::string> handlers_;
+    std::optional<URL> currentUrl_;
+    std::shared_ptr<Load> load_;
+};
+
+}  // namespace zorvik::platform::headless

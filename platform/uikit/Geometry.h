@@ -1,0 +1,28 @@
+#pragma once
+
+namespace zorvik::platform {
+
+// All in points, y growing downward. Values; any thread.
+struct Size {
+    double width = 0;
+    double height = 0;
+    friend bool operator==(const Size&, const Size&) = default;
+};
+
+struct Rect {
+    double x = 0;
+    double y = 0;
+    double width = 0;
+    double height = 0;
+    friend bool operator==(const Rect&, const Rect&) = default;
+};
+
+struct UIEdgeInsets {
+    double top = 0;
+    double left = 0;
+    double bottom = 0;
+    double right = 0;
+    friend bool operator==(const UIEdgeInsets&, const UIEdgeInsets&) = default;
+};
+
+}  // namespace zorvik::platform

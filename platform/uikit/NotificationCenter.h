@@ -1,0 +1,42 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zorvik::platform {
+
+// Tells observers of named happenings. Main thread only; delivers on the posting thread, inside
+// the call.
+class NotificationCenter {
+  public:
+    // That of the installed port.
+    static NotificationCenter& defaultCenter();
+
+    // The observer is held weakly; adding it again for the same name delivers twice.
+    template <class Observer>
+    void addObserver(const std::weak_ptr<Observer>& observer, void (Observer::*selector)(),
+                     const std::string& name) {
+        add(observer.lock().get(), name, [observer, selector] {
+            if (const auto object = observer.lock()) ((*object).*selector)();
+        });
+    }
+    // Ends every registration of this observer, in the middle of a delivery too. The object is
+    // only compared, so a destructor may call it.
+    void removeObserver(const void* observer);
+    void post(const std::string& name);
+
+  private:
+    struct Registration {
+        const void* observer;
+        std::string name;
+        std::function<void()> deliver;
+    };
+
+    void add(const void* observer, const std::string& name, std::function<void()> deliver);
+
+    std::vector<std::shared_ptr<Registration>> registrations_;
+};
+
+}  // namespace zorvik::platform

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/uikit/UIView.h"
+
+namespace zorvik::platform {
+
+// A spinning wheel. Not spinning until started. See UIView for owner and thread.
+class UIActivityIndicatorView : public UIView {
+  public:
+    enum class Style { medium, large };
+
+    explicit UIActivityIndicatorView(Style style = Style::medium);
+
+    Style style() const { return style_; }
+    bool hidesWhenStopped() const { return hidesWhenStopped_; }
+    void setHidesWhenStopped(bool hides);
+    bool isAnimating() const { return isAnimating_; }
+    void stopAnimating();
+
+    std::optional<Size> intrinsicContentSize(double maximumWidth) const override;
+
+  private:
+    Style style_;
+    bool hidesWhenStopped_ = true;
+    bool isAnimating_ = false;
+};
+
+}  // namespace zorvik::platform

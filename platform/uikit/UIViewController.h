@@ -1,0 +1,70 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "platform/uikit/UIView.h"
+
+namespace zorvik::platform {
+
+enum class UIModalPresentationStyle { automatic, fullScreen };
+
+// Manages a screen's view. Made by makeOnMainThread; while presented it is owned by the presenting
+// controller. Main thread only.
+class UIViewController : public std::enable_shared_from_this<UIViewController> {
+  public:
+    UIViewController() = default;
+    UIViewController(const UIViewController&) = delete;
+    UIViewController& operator=(const UIViewController&) = delete;
+    virtual ~UIViewController();
+
+    // The first call makes the view and calls viewDidLoad.
+    const std::shared_ptr<UIView>& view();
+    bool isViewLoaded() const { return view_ != nullptr; }
+
+    // Overrides call the base.
+    virtual void viewDidLoad() {}
+    virtual void viewWillAppear(bool /*animated*/) {}
+    virtual void viewDidAppear(bool /*animated*/) {}
+    virtual void viewWillDisappear(bool /*animated*/) {}
+    virtual void viewDidDisappear(bool /*animated*/) {}
+
+    // True from before viewWillDisappear to after viewDidDisappear of a dismissal, respectively of
+    // a removal from the parent controller.
+    bool isBeingDismissed() const { return isBeingDismissed_; }
+    bool isMovingFromParent() const { return isMovingFromParent_; }
+
+    UIModalPresentationStyle modalPresentationStyle() const { return presentationStyle_; }
+    void setModalPresentationStyle(UIModalPresentationStyle style) { presentationStyle_ = style; }
+
+    // Shows the controller over this one, or over what this one already presents. A covered
+    // controller disappears without being dismissed when the new one is full screen.
+    void present(const std::shared_ptr<UIViewController>& controller, bool animated,
+                 std::function<void()> completion = {});
+    // Takes away what this controller presents, else this controller itself. Nothing when neither
+    // is presented, or it is on its way out already. The covered controller appears again.
+    void dismiss(bool animated, std::function<void()> completion = {});
+
+    UIViewController* presentingViewController() const { return presenting_; }
+    const std::shared_ptr<UIViewController>& presentedViewController() const { return presented_; }
+
+    // A controller shown inside this one, owned by it. Its view is a subview of this one's.
+    void addChild(const std::shared_ptr<UIViewController>& child);
+    void removeFromParent();
+    UIViewController* parent() const { return parent_; }
+
+  private:
+    void finishDismissal(bool animated);
+
+    std::shared_ptr<UIView> view_;
+    std::shared_ptr<UIViewController> presented_;
+    std::vector<std::shared_ptr<UIViewController>> children_;
+    UIViewController* presenting_ = nullptr;
+    UIViewController* parent_ = nullptr;
+    UIModalPresentationStyle presentationStyle_ = UIModalPresentationStyle::automatic;
+    bool isBeingDismissed_ = false;
+    bool isMovingFromParent_ = false;
+};
+
+}  // namespace zorvik::platform
