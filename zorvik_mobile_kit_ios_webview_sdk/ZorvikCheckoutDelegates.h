@@ -1,0 +1,35 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/foundation/Value.h"
+
+namespace zorvik {
+
+class ZorvikCheckoutWebView;
+
+// The host's receiver of checkout results. Owned by the host, held weakly; called on the main
+// thread.
+class ZorvikCheckoutSDKDelegate {
+  public:
+    virtual ~ZorvikCheckoutSDKDelegate() = default;
+
+    // The one result of a checkout, success or failure, told apart by its content: a failure of
+    // the component's own making holds "error", "order_id", "zorvik_order_id", "token" and
+    // "subMerchantId"; everything else is what the checkout page or the enquiry answered.
+    virtual void onCheckoutResponse(const platform::Dictionary& data) = 0;
+};
+
+// Receives a checkout screen's outcome, on the main thread. Held weakly by the screen.
+class ZorvikCheckoutWebViewDelegate {
+  public:
+    virtual ~ZorvikCheckoutWebViewDelegate() = default;
+
+    virtual void zorvikCheckoutWebViewDidSucceed(
+        const std::shared_ptr<ZorvikCheckoutWebView>& screen,
+        const platform::Dictionary& payload) = 0;
+    virtual void zorvikCheckoutWebViewDidFail(const std::shared_ptr<ZorvikCheckoutWebView>& screen,
+                                              const platform::Dictionary& payload) = 0;
+};
+
+}  // namespace zorvik

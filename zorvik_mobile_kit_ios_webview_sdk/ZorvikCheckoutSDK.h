@@ -1,0 +1,95 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/UPIAppsVO.h"
+#include "core/ZorvikCheckoutOptions.h"
+#include "core/ZorvikCoreApiSDK.h"
+#include "platform/dispatch/Guarded.h"
+#include "platform/uikit/UIViewController.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutDelegates.h"
+
+namespace zorvik {
+
+class ZorvikCheckoutSDKDelegateObjCProxy;
+
+// The one object a host talks to. Lives for the process; main thread, unless a member says
+// otherwise. A port must be installed before the first use.
+//
+//     auto& sdk = ZorvikCheckoutSDK::shared();
+//     sdk.setDelegate(receiver);
+//     sdk.checkout(presenter, options);
+class ZorvikCheckoutSDK : public std::enable_shared_from_this<ZorvikCheckoutSDK> {
+  public:
+    static ZorvikCheckoutSDK& shared();
+
+    ZorvikCheckoutSDK(const ZorvikCheckoutSDK&) = delete;
+    ZorvikCheckoutSDK& operator=(const ZorvikCheckoutSDK&) = delete;
+
+    // The receiver of results, held weakly. A result of the checkout screen goes to the delegate
+    // of the moment the checkout started, a failure before the screen to that of its own moment.
+    std::shared_ptr<ZorvikCheckoutSDKDelegate> delegate() const;
+    void setDelegate(const std::weak_ptr<ZorvikCheckoutSDKDelegate>& delegate);
+
+    // The back end's base address, passed on to the core services; absent or empty changes only
+    // what is read here.
+    const std::optional<std::string>& environmentUrl() const { return environmentUrl_; }
+    void setEnvironmentUrl(const std::optional<std::string>& url);
+
+    // Names the host's application in later events; absent or empty keeps an earlier code.
+    void initialize(const std::optional<std::string>& appCode);
+
+    // Takes the payment of an order: updates it, lists the UPI apps and presents the checkout
+    // screen over the presenter, which is held until then. Returns at once. A failed update or
+    // listing reaches the delegate as a failure; without a token nothing but an event comes of it.
+    void checkout(const std::shared_ptr<platform::UIViewController>& presenter,
+                  const ZorvikCheckoutOptions& options);
+
+    // Tells the open checkout screen, if any, of a back action of the host's.
+    void handleDeviceBackButtonPress();
+
+    // Create an order on the host's behalf. The completion receives the core services' result
+    // unchanged, on their thread.
+    void createOrder(double amount, const std::string& currency,
+                     const std::vector<platform::Dictionary>& orderLineItems,
+                     const std::optional<platform::Dictionary>& user,
+                     ZorvikCoreApiSDK::OrderCompletion completion);
+    void createShopOrder(const std::string& currency, const std::string& amount,
+                         const std::string& productId, bool orderLineItems,
+                         const std::string& checkoutExperience, const std::string& paymentMode,
+                         const std::string& subPaymentMode,
+                         const std::optional<platform::Dictionary>& user,
+                         ZorvikCoreApiSDK::ShopOrderCompletion completion);
+
+    // The claims "order_id" and "sub_merchant_id" of an order token, nothing verified; "" when a
+    // claim cannot be read. Pure; any thread.
+    static std::string getOrderID(std::string_view token);
+    static std::string getSubMerchantID(std::string_view token);
+
+  private:
+    struct Checkout;
+
+    ZorvikCheckoutSDK() = default;
+
+    static void orderUpdateEnded(const Checkout& checkout,
+                                 const platform::Result<OrderResponse>& result);
+    static void appListEnded(const Checkout& checkout,
+                             const platform::Result<std::vector<UPIAppsVO>>& result);
+    static void reportFailure(const Checkout& checkout, const std::string& message,
+                              const platform::Error& error);
+    static void presentScreen(const Checkout& checkout, const std::vector<UPIAppsVO>& apps);
+
+    // Read by the event task of a checkout's start, off the main thread.
+    platform::Guarded<std::weak_ptr<ZorvikCheckoutSDKDelegate>> delegate_;
+    // The only strong owner of the bridge while a screen is open; kept until the next checkout.
+    std::shared_ptr<ZorvikCheckoutSDKDelegateObjCProxy> currentProxy;
+    std::weak_ptr<ZorvikCheckoutWebView> currentWebViewController;
+    std::optional<std::string> environmentUrl_;
+    static inline std::optional<std::string> currentAppCode;
+};
+
+}  // namespace zorvik
