@@ -10,7 +10,7 @@ namespace zorvik::platform {
 
 // A one-shot timer on the main run loop. The run loop keeps it until it fires, whoever else lets
 // go of it. Main thread only.
-class Timer : public std::enable_shared_from_this<Timer> {
+class Timer {
   public:
     static std::shared_ptr<Timer> scheduledTimer(double seconds, std::function<void()> block);
 
@@ -19,6 +19,8 @@ class Timer : public std::enable_shared_from_this<Timer> {
     bool isValid() const { return taskId_.has_value(); }
 
   private:
+    struct Pending;
+
     Timer() = default;
 
     std::optional<Scheduler::TaskId> taskId_;

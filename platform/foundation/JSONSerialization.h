@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,11 @@ class JSONSerialization {
     // nesting beyond maximumDepth, an integer beyond 64 bits, a number beyond a double's range.
     // Of equal keys in one object the last wins.
     static Result<Value> jsonObject(std::string_view text, ReadingOptions options);
+
+    // The value of one key of the text's top-level object, nullopt when it has none; the text is
+    // accepted exactly when jsonObject accepts it and its top level is an object, else an Error.
+    // For readers that need one member often: nothing else is built.
+    static Result<std::optional<Value>> member(std::string_view text, std::string_view key);
 
     // Compact text, no spaces, no line breaks. An Error for strings that are not UTF-8 and for
     // numbers that JSON cannot write (not finite), and for nesting beyond maximumDepth.

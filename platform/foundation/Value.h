@@ -26,8 +26,7 @@ class Value {
     Value(std::nullptr_t) {}
     Value(bool boolean) : content_(boolean) {}
     template <std::integral T>
-        requires(!std::same_as<T, bool>)
-    Value(T integer) : content_(canonical(integer)) {}
+    requires(!std::same_as<T, bool>) Value(T integer) : content_(canonical(integer)) {}
     Value(double number) : content_(number) {}
     Value(const char* text) : content_(std::string(text)) {}
     Value(std::string_view text) : content_(std::string(text)) {}
@@ -69,7 +68,7 @@ class Value {
 
 // Readable one-line forms for console lines: a string unchanged at the top and quoted inside a
 // container, ["key": value, ...] for a dictionary ([:] when empty), [a, b] for an array, true and
-// false, numbers in their shortest form that reads back the same.
+// false, numbers in their shortest form that reads back the same (a whole double as 5.0).
 std::string description(const Value& value);
 std::string description(const Dictionary& dictionary);
 std::string description(double number);

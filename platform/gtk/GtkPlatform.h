@@ -16,9 +16,12 @@ struct GtkPlatformOptions {
     // Names the application in the user's configuration folder: the defaults are kept in
     // $XDG_CONFIG_HOME/<applicationId>/defaults.json.
     std::string applicationId;
-    UIEdgeInsets safeAreaInsets;
+    UIEdgeInsets safeAreaInsets = {};
     // Pages keep cookies and caches in memory only.
     bool ephemeralPages = true;
+    // Keeps one web process started ahead of the next checkout, whose page then loads without
+    // waiting for it. Turned off, the first load pays for the start instead.
+    bool keepsSparePage = true;
 };
 
 // The desktop port on GTK 4 and WebKitGTK 6.0: installed from construction to destruction on the
@@ -26,9 +29,16 @@ struct GtkPlatformOptions {
 // Owned by the host's main function. Main thread only.
 class GtkPlatform {
   public:
-    // Initialises GTK when the host has not. nullptr when there is no display to open.
+    // Initialises GTK when the host has not. nullptr when there is no display to open, or the
+    // applicationId cannot be the name of a folder; standard error says which.
     static std::unique_ptr<GtkPlatform> make(const GtkPlatformOptions& options);
     ~GtkPlatform();
+
+    // An empty window on the screen, for a host that has none of its own. `closed` is called when
+    // the customer closes it, which hides it; it ends with closeWindow or the platform.
+    GtkWindow* openWindow(const std::string& title, const Size& size,
+                          std::function<void()> closed = {});
+    void closeWindow(GtkWindow* window);
 
     // The view controller to present from in this window of the host's. What the window shows
     // stays beneath presented screens. Held by the caller; the window must outlive what is

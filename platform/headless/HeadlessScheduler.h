@@ -66,17 +66,29 @@ class HeadlessScheduler : public Scheduler {
         friend auto operator<=>(const Deadline&, const Deadline&) = default;
     };
 
+    struct ReadyTask {
+        TaskId id;
+        Task task;
+    };
+
+    friend class HeadlessPlatform;
+
+    bool waitsForThreads() const;
     void moveDueTasks();
     void work();
+    // Ends the threads and destroys what is pending, also what that posts in turn.
+    void dropPending();
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     const std::thread::id mainThread_ = std::this_thread::get_id();
     const Background mode_;
     double steady_ = 0;
-    double wall_ = 1'700'000'000;
+    // The wall clock stood at wallBase_ when the steady one stood at wallSetAt_.
+    double wallBase_ = 1'700'000'000;
+    double wallSetAt_ = 0;
     TaskId lastId_ = 0;
-    std::deque<Task> ready_;
+    std::deque<ReadyTask> ready_;
     std::map<Deadline, Task> delayed_;  // by deadline, then by number
     std::deque<Task> background_;
     std::size_t busyThreads_ = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -37,6 +38,7 @@ class HeadlessStage : public Stage {
     Size size_{390, 844};
     UIEdgeInsets safeArea_;
     std::vector<std::shared_ptr<UIViewController>> shown_;
+    std::map<const UIViewController*, Scheduler::TaskId> slidingIn_;
 };
 
 }  // namespace zorvik::platform::headless

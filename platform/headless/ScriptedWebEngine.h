@@ -41,6 +41,9 @@ class ScriptedWebEngine : public WebEngine {
     using EvaluationScript = std::function<Result<ScriptValue>(const std::string& script)>;
 
     explicit ScriptedWebEngine(Scheduler& scheduler) : scheduler_(scheduler) {}
+    ScriptedWebEngine(const ScriptedWebEngine&) = delete;
+    ScriptedWebEngine& operator=(const ScriptedWebEngine&) = delete;
+    ~ScriptedWebEngine() override;
 
     // What every load from now on is answered with; nullopt: nothing scripted.
     void onLoad(LoadScript script) { loadScript_ = std::move(script); }
@@ -58,6 +61,9 @@ class ScriptedWebEngine : public WebEngine {
   private:
     friend class ScriptedPage;
 
+    ScriptedLoad answerLoad(const std::string& url) const;
+    Result<ScriptValue> answerEvaluation(const std::string& script) const;
+
     Scheduler& scheduler_;
     LoadScript loadScript_;
     EvaluationScript evaluationScript_;
@@ -71,9 +77,10 @@ class ScriptedPage : public WebPage {
                  std::weak_ptr<WebPageDelegate> delegate);
     ~ScriptedPage() override;
 
-    // The page goes to another address, as a link or script in it would.
+    // The page goes to another address, as a link or script in it would. One that differs in its
+    // fragment only is asked for and then just changes the address.
     void navigate(const std::string& url);
-    // The page goes to a fragment or pushes a state: its address changes, nothing is reported.
+    // The page pushes a state: its address changes, nothing is reported.
     void replaceUrl(const std::string& url);
     // The page asks for a navigation in a sub-frame: only the question is reported.
     void navigateSubframe(const std::string& url);
@@ -102,17 +109,39 @@ class ScriptedPage : public WebPage {
     void removeAllContentRules() override {}  // nor a rule
 
   private:
-    struct Load;
+    friend class ScriptedWebEngine;
 
-    ScriptedWebEngine& engine_;
-    WebPageConfiguration configuration_;
-    std::weak_ptr<WebPageDelegate> delegate_;
-    // The implementation's own state follows; see the source.
+    struct Load;
+    using Action = std::function<void(ScriptedPage&)>;
+    using Report = std::function<void(WebPageDelegate&)>;
+
+    void inTurn(Action action);
+    void report(const Report& report) const;
+    void ask(const std::string& url, Action allowed, Action cancelled = {});
+    void askForLoad();
+    void start(const std::shared_ptr<Load>& load);
+    void proceed();
+    void askForRedirect();
+    void commit();
+    void fail(const std::shared_ptr<Load>& load, const Error& error);
+    void reportFailure(const Load& load, const Error& error) const;
+    void watchTime();
+    std::shared_ptr<Load> takeLoad();
+    void cancelLoad();
+    Action whileLoading(void (ScriptedPage::*step)()) const;
+
+    ScriptedWebEngine* engine_;  // nullptr once it is gone
+    const WebPageConfiguration configuration_;
+    const std::weak_ptr<WebPageDelegate> delegate_;
     std::vector<URLRequest> requests_;
     std::vector<std::string> evaluatedScripts_;
     std::set<std::string> handlers_;
-    std::optional<URL> currentUrl_;
-    std::shared_ptr<Load> load_;
+    std::map<std::string, int> removals_;  // how often each name was removed
+    std::optional<URL> committedUrl_;
+    std::shared_ptr<Load> asked_;  // the host's, until its question is answered
+    std::shared_ptr<Load> load_;   // allowed and under way
+    int processGeneration_ = 0;
+    std::shared_ptr<ScriptedPage*> life_;  // expires with the page
 };
 
 }  // namespace zorvik::platform::headless

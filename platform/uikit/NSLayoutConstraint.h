@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -25,6 +26,8 @@ struct NSLayoutConstraint {
     bool hasSecondItem = false;
 
     double constant = 0;
+    // Given by activate; of contradicting constraints the one with the lowest number holds.
+    std::uint64_t activationOrder = 0;
 
     // Puts each constraint into force on the nearest common ancestor of its views, which must
     // exist by then. It ends when that ancestor or one of the views goes, or a view leaves the

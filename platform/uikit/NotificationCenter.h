@@ -18,7 +18,7 @@ class NotificationCenter {
     template <class Observer>
     void addObserver(const std::weak_ptr<Observer>& observer, void (Observer::*selector)(),
                      const std::string& name) {
-        add(observer.lock().get(), name, [observer, selector] {
+        add(observer, name, [observer, selector] {
             if (const auto object = observer.lock()) ((*object).*selector)();
         });
     }
@@ -29,12 +29,15 @@ class NotificationCenter {
 
   private:
     struct Registration {
-        const void* observer;
+        const void* address;
+        std::weak_ptr<const void> observer;
         std::string name;
         std::function<void()> deliver;
+        bool isRemoved = false;
     };
 
-    void add(const void* observer, const std::string& name, std::function<void()> deliver);
+    void add(const std::weak_ptr<const void>& observer, const std::string& name,
+             std::function<void()> deliver);
 
     std::vector<std::shared_ptr<Registration>> registrations_;
 };

@@ -77,6 +77,7 @@ class UIView : public std::enable_shared_from_this<UIView> {
     void setNeedsDisplay();
 
   private:
+    friend class AnimationGroup;
     friend struct NSLayoutConstraint;
     friend class UIViewController;
 
@@ -84,12 +85,17 @@ class UIView : public std::enable_shared_from_this<UIView> {
         double from = 0;
         double start = 0;  // steady seconds
         double duration = 0;
-        std::shared_ptr<AnimationGroup> group;
+        std::weak_ptr<AnimationGroup> group;
     };
 
-    NSLayoutAnchor anchor(LayoutAttribute attribute);
-    void endAnimation(bool finished);
+    NSLayoutAnchor anchor(LayoutAttribute attribute, bool isSafeArea = false);
+    bool isInside(const UIView& ancestor) const;
+    void removeConstraintsInto(const UIView& subtree);
+    void endAnimation();
 
+    // Expires with the view. Anchors hold on to this and not to the view's shared ownership, which
+    // does not exist yet while a constructor builds its subviews.
+    std::shared_ptr<char> lifetime_ = std::make_shared<char>();
     UIView* superview_ = nullptr;
     std::vector<std::shared_ptr<UIView>> subviews_;
     std::vector<NSLayoutConstraint> constraints_;

@@ -38,12 +38,14 @@ class UIViewController : public std::enable_shared_from_this<UIViewController> {
     UIModalPresentationStyle modalPresentationStyle() const { return presentationStyle_; }
     void setModalPresentationStyle(UIModalPresentationStyle style) { presentationStyle_ = style; }
 
-    // Shows the controller over this one, or over what this one already presents. A covered
-    // controller disappears without being dismissed when the new one is full screen.
+    // Shows the controller over this one, or over what this one already presents; where that is on
+    // its way out, once it is gone. A covered controller disappears without being dismissed when
+    // the new one is full screen. Nothing when the controller is presented or has a parent.
     void present(const std::shared_ptr<UIViewController>& controller, bool animated,
                  std::function<void()> completion = {});
-    // Takes away what this controller presents, else this controller itself. Nothing when neither
-    // is presented, or it is on its way out already. The covered controller appears again.
+    // Takes away what this controller presents, else this controller itself, and before it what it
+    // presents. Nothing when neither is presented, or it is on its way out already. The covered
+    // controller appears again.
     void dismiss(bool animated, std::function<void()> completion = {});
 
     UIViewController* presentingViewController() const { return presenting_; }
@@ -54,8 +56,20 @@ class UIViewController : public std::enable_shared_from_this<UIViewController> {
     void removeFromParent();
     UIViewController* parent() const { return parent_; }
 
+    // For ports: whether a window shows this controller's view as its root. Set by the port for a
+    // controller it hands out to present from; for presented ones this class does it.
+    void setShownByStage(bool isShown);
+
   private:
-    void finishDismissal(bool animated);
+    using AppearanceCallback = void (UIViewController::*)(bool animated);
+
+    UIViewController& container();
+    std::shared_ptr<UIViewController> covered() const;
+    void tell(AppearanceCallback callback, bool animated);
+    void presentOnTop(const std::shared_ptr<UIViewController>& controller, bool animated,
+                      std::function<void()> completion);
+    void leave(bool animated, std::function<void()> completion);
+    void finishDismissal(bool animated, const std::function<void()>& completion);
 
     std::shared_ptr<UIView> view_;
     std::shared_ptr<UIViewController> presented_;
@@ -63,6 +77,9 @@ class UIViewController : public std::enable_shared_from_this<UIViewController> {
     UIViewController* presenting_ = nullptr;
     UIViewController* parent_ = nullptr;
     UIModalPresentationStyle presentationStyle_ = UIModalPresentationStyle::automatic;
+    std::vector<std::function<void()>> whenOnStage_;    // asked for before the stage had it
+    std::vector<std::function<void()>> whenDismissed_;  // asked for while it was on its way out
+    bool isComing_ = false;  // being presented, not yet handed to the stage
     bool isBeingDismissed_ = false;
     bool isMovingFromParent_ = false;
 };

@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/webkit/WKScriptMessage.h"
 
@@ -22,11 +23,12 @@ class WKUserContentController {
   private:
     friend class WKWebView;
 
-    void attach(WebPage* page);  // nullptr when the page goes
+    void attach(WebPage& page);
+    void detach(const WebPage& page);
     void deliver(const std::string& name, const ScriptValue& body);
 
     std::map<std::string, std::weak_ptr<WKScriptMessageHandler>> handlers_;
-    WebPage* page_ = nullptr;
+    std::vector<WebPage*> pages_;  // of the views made with it
 };
 
 }  // namespace zorvik::platform

@@ -42,6 +42,7 @@ class WKWebView : public UIView {
     class Events;
 
     WKWebViewConfiguration configuration_;
+    std::shared_ptr<WKUserContentController> attachedController_;  // whatever the host does above
     std::weak_ptr<WKNavigationDelegate> navigationDelegate_;
     std::weak_ptr<WKUIDelegate> uiDelegate_;
     std::shared_ptr<Events> events_;

@@ -1,0 +1,102 @@
+#include "core/development/EventSink.h"
+
+#include <cmath>
+
+#include "platform/foundation/Data.h"
+#include "platform/foundation/JSONSerialization.h"
+
+namespace zorvik::development {
+
+namespace {
+
+using platform::Array;
+using platform::Dictionary;
+using platform::JSONSerialization;
+using platform::Value;
+
+// Deep enough for any event a person reads, and far from the limit of what JSON may nest.
+constexpr int readableDepth = 64;
+
+std::string readableText(const std::string& bytes) {
+    if (platform::isValidUtf8(bytes)) return bytes;
+    std::string text;
+    for (const char byte : bytes) {
+        if (static_cast<unsigned char>(byte) < 0x80) {
+            text += byte;
+        } else {
+            text += "\uFFFD";
+        }
+    }
+    return text;
+}
+
+Value writable(const Value& value, int depth) {
+    if (const std::string* text = value.string()) return readableText(*text);
+    if (const double* number = value.number(); number && !std::isfinite(*number)) {
+        return platform::description(value);
+    }
+    if (!value.array() && !value.dictionary()) return value;
+    if (depth == readableDepth) return "…";
+    if (const Array* array = value.array()) {
+        Array copy;
+        for (const Value& element : *array)
+            copy.push_back(writable(element, depth + 1));
+        return copy;
+    }
+    Dictionary copy;
+    for (const auto& [key, element] : *value.dictionary()) {
+        copy[readableText(key)] = writable(element, depth + 1);
+    }
+    return copy;
+}
+
+template <class T>
+Value valueOrNull(const std::optional<T>& optional) {
+    return optional ? Value(*optional) : Value();
+}
+
+Value asValue(const RecordedEvent& event) {
+    return Dictionary{
+        {"event", event.eventName},
+        {"orderId", valueOrNull(event.orderId)},
+        {"token", valueOrNull(event.token)},
+        {"subMerchantId", valueOrNull(event.subMerchantId)},
+        {"additionalData", valueOrNull(event.additionalData)},
+        {"sdkVersion", event.sdkVersion},
+        {"appCode", valueOrNull(event.appCode)},
+    };
+}
+
+}  // namespace
+
+void MemoryEventSink::record(const RecordedEvent& event) {
+    const std::scoped_lock lock(mutex_);
+    events_.push_back(event);
+}
+
+std::vector<RecordedEvent> MemoryEventSink::events() const {
+    const std::scoped_lock lock(mutex_);
+    return events_;
+}
+
+std::size_t MemoryEventSink::count() const {
+    const std::scoped_lock lock(mutex_);
+    return events_.size();
+}
+
+std::shared_ptr<JSONLinesEventSink> JSONLinesEventSink::appendingTo(const std::string& path) {
+    std::ofstream file(path, std::ios::app);
+    if (!file) return nullptr;
+    return std::shared_ptr<JSONLinesEventSink>(new JSONLinesEventSink(std::move(file)));
+}
+
+void JSONLinesEventSink::record(const RecordedEvent& event) {
+    const Value value = asValue(event);
+    auto line = JSONSerialization::data(value);
+    if (!line) line = JSONSerialization::data(writable(value, 0));
+    if (!line) return;
+    const std::scoped_lock lock(mutex_);
+    stream_ << line.value() << '\n' << std::flush;
+}
+
+}  // namespace zorvik::development

@@ -1,0 +1,238 @@
+#include "platform/gtk/GtkWebPage.h"
+
+#include <webkit/webkit.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/gtk/WebPageError.h"
+#include "platform/services/Environment.h"
+
+namespace zorvik::platform::gtk {
+namespace {
+
+constexpr double defaultTimeout = 60;
+
+Error errorFrom(const GError& error) {
+    return {g_quark_to_string(error.domain), error.code, error.message};
+}
+
+void decideResponse(WebKitPolicyDecision* decision) {
+    // What the engine cannot show fails instead of becoming a download.
+    if (webkit_response_policy_decision_is_mime_type_supported(
+            WEBKIT_RESPONSE_POLICY_DECISION(decision))) {
+        webkit_policy_decision_use(decision);
+    } else {
+        webkit_policy_decision_ignore(decision);
+    }
+}
+
+}  // namespace
+
+// The answer to one question of the engine. Gone unanswered, the navigation is cancelled.
+class GtkWebPage::PolicyAnswer {
+  public:
+    explicit PolicyAnswer(WebKitPolicyDecision* decision) : decision_(share(decision)) {}
+    PolicyAnswer(const PolicyAnswer&) = delete;
+    PolicyAnswer& operator=(const PolicyAnswer&) = delete;
+    ~PolicyAnswer() { give(NavigationDecision::cancel); }
+
+    // The first answer counts.
+    void give(NavigationDecision decision) {
+        const ObjectPointer<WebKitPolicyDecision> open = std::move(decision_);
+        if (!open) return;
+        if (decision == NavigationDecision::allow) {
+            webkit_policy_decision_use(open.get());
+        } else {
+            webkit_policy_decision_ignore(open.get());
+        }
+    }
+
+  private:
+    ObjectPointer<WebKitPolicyDecision> decision_;
+};
+
+GtkWebPage::GtkWebPage(ObjectPointer<WebKitWebView> view, std::weak_ptr<WebPageDelegate> delegate,
+                       std::weak_ptr<std::function<void()>> gone)
+    : view_(std::move(view)),
+      delegate_(std::move(delegate)),
+      gone_(std::move(gone)),
+      self_(std::make_shared<GtkWebPage*>(this)),
+      watch_([this] { timedOut(); }) {
+    connectSignals();
+}
+
+GtkWebPage::~GtkWebPage() {
+    *self_ = nullptr;
+    WebKitUserContentManager* manager = webkit_web_view_get_user_content_manager(view_.get());
+    g_signal_handlers_disconnect_by_data(view_.get(), this);
+    while (!handlers_.empty())
+        removeMessageHandler(handlers_.begin()->first);
+    webkit_user_content_manager_remove_all_scripts(manager);
+    webkit_web_view_stop_loading(view_.get());
+    GtkWidget* own = widget();
+    if (gtk_widget_get_parent(own) != nullptr) gtk_widget_unparent(own);
+
+    // The view may be in the middle of a report, so its page is closed in a later turn. Without
+    // that a pending script would keep it running.
+    std::shared_ptr<WebKitWebView> closing(view_.release(), [](WebKitWebView* leaving) {
+        g_object_run_dispose(G_OBJECT(leaving));
+        g_object_unref(leaving);
+    });
+    if (!Environment::isInstalled()) return;
+    Environment::scheduler().runOnMain([closing = std::move(closing)] {});
+    cancelEvaluations();
+    if (const auto gone = gone_.lock()) (*gone)();
+}
+
+GtkWidget* GtkWebPage::widget() const {
+    return GTK_WIDGET(view_.get());
+}
+
+void GtkWebPage::load(const URLRequest& request) {
+    isRequested_ = true;
+    requestTimeout_ = request.timeoutInterval > 0 ? request.timeoutInterval : defaultTimeout;
+    // The request's own time counts from its start: first a web process may have to come up.
+    watch_.start(std::max(requestTimeout_, defaultTimeout));
+    webkit_web_view_load_uri(view_.get(), request.url.absoluteString().c_str());
+}
+
+void GtkWebPage::stopLoading() {
+    isRequested_ = false;
+    if (state_ == LoadState::none) watch_.stop();
+    // The engine itself would keep the address of a load that was never allowed.
+    if (const auto question = requestAnswer_.lock()) question->give(NavigationDecision::cancel);
+    webkit_web_view_stop_loading(view_.get());
+}
+
+std::optional<URL> GtkWebPage::currentUrl() const {
+    const char* uri = webkit_web_view_get_uri(view_.get());
+    return uri != nullptr ? URL::fromEngine(uri) : std::nullopt;
+}
+
+void GtkWebPage::policyAsked(WebKitPolicyDecision* decision, int type) {
+    watch_.progressSeen();
+    if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
+        decideResponse(decision);
+        return;
+    }
+    WebKitNavigationAction* action = webkit_navigation_policy_decision_get_navigation_action(
+        WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+    if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION) {
+        webkit_policy_decision_ignore(decision);
+        newWindowAsked(action);
+        return;
+    }
+    const auto delegate = delegate_.lock();
+    const auto answer = std::make_shared<PolicyAnswer>(decision);
+    if (!delegate) return;
+    const char* address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+    const std::string uri = address != nullptr ? address : "";
+    const bool isRedirect = webkit_navigation_action_is_redirect(action);
+    if (!isRedirect && isOwnRequest(uri)) requestAnswer_ = answer;
+    delegate->pageAsksToNavigate(URL::fromEngine(uri), [answer, uri, isRedirect, self = self_](
+                                                           NavigationDecision navigation) {
+        if (*self != nullptr) (*self)->navigationDecided(uri, isRedirect, navigation);
+        answer->give(navigation);
+    });
+}
+
+void GtkWebPage::newWindowAsked(WebKitNavigationAction* action) {
+    // No window opens, whatever the answer: there is nobody who could close it.
+    const auto delegate = delegate_.lock();
+    if (!delegate) return;
+    const char* address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+    delegate->pageAsksToNavigate(address != nullptr ? URL::fromEngine(address) : std::nullopt,
+                                 [](NavigationDecision) {});
+}
+
+// Whether a question that is no redirect's is about the load that was asked for here: the engine
+// holds the address of that one already, and the old one for what the page starts.
+bool GtkWebPage::isOwnRequest(const std::string& uri) const {
+    const char* current = webkit_web_view_get_uri(view_.get());
+    return isRequested_ && current != nullptr && uri == current;
+}
+
+void GtkWebPage::navigationDecided(const std::string& uri, bool isRedirect,
+                                   NavigationDecision decision) {
+    watch_.progressSeen();
+    if (decision == NavigationDecision::allow) return;
+    if (isRedirect) {
+        // The engine fails a load whose redirect is refused; who refused it wants no report of it.
+        refusedRedirect_ = uri;
+    } else if (isOwnRequest(uri)) {
+        isRequested_ = false;
+        if (state_ == LoadState::none) watch_.stop();
+    }
+}
+
+void GtkWebPage::loadChanged(int event) {
+    watch_.progressSeen();
+    const auto delegate = delegate_.lock();
+    switch (event) {
+        case WEBKIT_LOAD_STARTED:
+            watch_.start(std::exchange(isRequested_, false) ? requestTimeout_ : defaultTimeout);
+            state_ = LoadState::provisional;
+            refusedRedirect_.reset();
+            if (delegate) delegate->pageStarted();
+            break;
+        case WEBKIT_LOAD_COMMITTED:
+            state_ = LoadState::committed;
+            if (delegate) delegate->pageCommitted();
+            break;
+        case WEBKIT_LOAD_FINISHED:
+            // The engine also sends this after a failure.
+            if (state_ == LoadState::none) break;
+            loadEnded();
+            if (delegate) delegate->pageFinished();
+            break;
+        default:
+            break;
+    }
+}
+
+void GtkWebPage::loadEnded() {
+    state_ = LoadState::none;
+    if (!isRequested_) watch_.stop();
+}
+
+void GtkWebPage::report(bool isCommitted, const Error& error) {
+    const auto delegate = delegate_.lock();
+    if (!delegate) return;
+    if (isCommitted) {
+        delegate->pageFailedAfterCommit(error);
+    } else {
+        delegate->pageFailedBeforeCommit(error);
+    }
+}
+
+void GtkWebPage::loadFailed(bool isCommitted, const char* failingUri, const GError& error) {
+    if (state_ == LoadState::none) return;  // told already
+    loadEnded();
+    const auto refused = std::exchange(refusedRedirect_, std::nullopt);
+    if (refused && failingUri != nullptr && *refused == failingUri) return;
+    report(isCommitted, errorFrom(error));
+}
+
+void GtkWebPage::timedOut() {
+    const bool isCommitted = state_ == LoadState::committed;
+    // A load that was refused ended without a word.
+    const bool isLoading = state_ != LoadState::none || webkit_web_view_is_loading(view_.get());
+    isRequested_ = false;
+    state_ = LoadState::none;
+    if (!isLoading) return;
+    webkit_web_view_stop_loading(view_.get());
+    report(isCommitted, webPageError(WebPageErrorCode::timedOut, "The request timed out."));
+}
+
+void GtkWebPage::webProcessEnded() {
+    const bool isCommitted = state_ == LoadState::committed;
+    const bool isLoading = state_ != LoadState::none || isRequested_;
+    isRequested_ = false;
+    loadEnded();
+    if (!isLoading) return;
+    report(isCommitted,
+           webPageError(WebPageErrorCode::webProcessEnded, "The web process ended unexpectedly."));
+}
+
+}  // namespace zorvik::platform::gtk

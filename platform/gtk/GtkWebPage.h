@@ -1,0 +1,91 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "platform/gtk/LoadWatch.h"
+#include "platform/gtk/ObjectPointer.h"
+#include "platform/services/WebEngine.h"
+
+typedef struct _GAsyncResult GAsyncResult;
+typedef struct _GtkWidget GtkWidget;
+typedef struct _JSCValue JSCValue;
+typedef struct _WebKitNavigationAction WebKitNavigationAction;
+typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
+typedef struct _WebKitScriptDialog WebKitScriptDialog;
+typedef struct _WebKitWebView WebKitWebView;
+
+namespace zorvik::platform::gtk {
+
+// A WebKitGTK view as a page. Owned by the toolkit's web view; main thread only.
+class GtkWebPage : public WebPage {
+  public:
+    // `gone` is called at the end when it still exists; it belongs to the engine.
+    GtkWebPage(ObjectPointer<WebKitWebView> view, std::weak_ptr<WebPageDelegate> delegate,
+               std::weak_ptr<std::function<void()>> gone);
+    ~GtkWebPage() override;
+
+    // For the stage to place. Leaves its parent when the page goes.
+    GtkWidget* widget() const;
+
+    void load(const URLRequest& request) override;
+    void stopLoading() override;
+    void evaluate(const std::string& script, Completion completion) override;
+    std::optional<URL> currentUrl() const override;
+    void addMessageHandler(const std::string& name) override;
+    void removeMessageHandler(const std::string& name) override;
+    void removeAllUserScripts() override;
+    void removeAllContentRules() override;
+
+  private:
+    // Where the main frame's load that was reported as started stands.
+    enum class LoadState { none, provisional, committed };
+
+    // Closures that outlive the page hold its address in this cell, which is emptied when it goes.
+    using Self = std::shared_ptr<GtkWebPage*>;
+    class PolicyAnswer;
+    struct Evaluation;
+    struct Handler {
+        GtkWebPage* page;
+        std::string name;
+        unsigned long signal = 0;
+    };
+
+    void connectSignals();
+    void policyAsked(WebKitPolicyDecision* decision, int type);
+    void newWindowAsked(WebKitNavigationAction* action);
+    void loadChanged(int event);
+    void loadFailed(bool isCommitted, const char* failingUri, const GError& error);
+    void webProcessEnded();
+    void panelAsked(WebKitScriptDialog* dialog);
+    void evaluated(const std::shared_ptr<Evaluation>& evaluation, GAsyncResult* result);
+    void cancelEvaluations();
+    void messagePosted(const std::string& name, JSCValue* body);
+
+    bool isOwnRequest(const std::string& uri) const;
+    void navigationDecided(const std::string& uri, bool isRedirect, NavigationDecision decision);
+    void loadEnded();
+    void report(bool isCommitted, const Error& error);
+
+    void timedOut();
+
+    ObjectPointer<WebKitWebView> view_;
+    std::weak_ptr<WebPageDelegate> delegate_;
+    std::weak_ptr<std::function<void()>> gone_;
+    Self self_;
+
+    LoadState state_ = LoadState::none;
+    bool isRequested_ = false;                   // load() was called and its start is still to come
+    std::weak_ptr<PolicyAnswer> requestAnswer_;  // the open question about it
+    std::optional<std::string> refusedRedirect_;
+
+    LoadWatch watch_;
+
+    std::set<std::shared_ptr<Evaluation>> evaluations_;
+    std::map<std::string, std::unique_ptr<Handler>> handlers_;
+};
+
+}  // namespace zorvik::platform::gtk

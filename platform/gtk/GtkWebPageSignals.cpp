@@ -1,0 +1,95 @@
+#include <webkit/webkit.h>
+
+#include "platform/gtk/GtkWebPage.h"
+
+// How the page hears of its view, and what it refuses the page's script on its own.
+namespace zorvik::platform::gtk {
+
+void GtkWebPage::connectSignals() {
+    WebKitWebView* view = view_.get();
+    g_signal_connect(view, "decide-policy",
+                     G_CALLBACK(+[](WebKitWebView*, WebKitPolicyDecision* decision,
+                                    WebKitPolicyDecisionType type, gpointer page) -> gboolean {
+                         static_cast<GtkWebPage*>(page)->policyAsked(decision, type);
+                         return TRUE;
+                     }),
+                     this);
+    g_signal_connect(view, "create",
+                     G_CALLBACK(+[](WebKitWebView*, WebKitNavigationAction* action,
+                                    gpointer page) -> GtkWidget* {
+                         static_cast<GtkWebPage*>(page)->newWindowAsked(action);
+                         return nullptr;
+                     }),
+                     this);
+    g_signal_connect(view, "load-changed",
+                     G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, gpointer page) {
+                         static_cast<GtkWebPage*>(page)->loadChanged(event);
+                     }),
+                     this);
+    g_signal_connect(view, "load-failed",
+                     G_CALLBACK(+[](WebKitWebView*, WebKitLoadEvent event, char* failingUri,
+                                    GError* error, gpointer page) -> gboolean {
+                         static_cast<GtkWebPage*>(page)->loadFailed(event == WEBKIT_LOAD_COMMITTED,
+                                                                    failingUri, *error);
+                         return TRUE;  // no error page of the engine's
+                     }),
+                     this);
+    g_signal_connect(view, "notify::estimated-load-progress",
+                     G_CALLBACK(+[](WebKitWebView*, GParamSpec*, gpointer page) {
+                         static_cast<GtkWebPage*>(page)->watch_.progressSeen();
+                     }),
+                     this);
+    g_signal_connect(
+        view, "web-process-terminated",
+        G_CALLBACK(+[](WebKitWebView*, WebKitWebProcessTerminationReason, gpointer page) {
+            static_cast<GtkWebPage*>(page)->webProcessEnded();
+        }),
+        this);
+    g_signal_connect(
+        view, "script-dialog",
+        G_CALLBACK(+[](WebKitWebView*, WebKitScriptDialog* dialog, gpointer page) -> gboolean {
+            static_cast<GtkWebPage*>(page)->panelAsked(dialog);
+            return TRUE;
+        }),
+        this);
+
+    g_signal_connect(
+        view, "authenticate",
+        G_CALLBACK(+[](WebKitWebView*, WebKitAuthenticationRequest* request, gpointer) -> gboolean {
+            // Goes on without credentials; the server's refusal is then the page.
+            webkit_authentication_request_authenticate(request, nullptr);
+            return TRUE;
+        }),
+        this);
+    g_signal_connect(
+        view, "permission-request",
+        G_CALLBACK(+[](WebKitWebView*, WebKitPermissionRequest* request, gpointer) -> gboolean {
+            webkit_permission_request_deny(request);
+            return TRUE;
+        }),
+        this);
+    g_signal_connect(
+        view, "run-file-chooser",
+        G_CALLBACK(+[](WebKitWebView*, WebKitFileChooserRequest* request, gpointer) -> gboolean {
+            webkit_file_chooser_request_cancel(request);
+            return TRUE;
+        }),
+        this);
+    g_signal_connect(
+        view, "run-color-chooser",
+        G_CALLBACK(+[](WebKitWebView*, WebKitColorChooserRequest* request, gpointer) -> gboolean {
+            webkit_color_chooser_request_cancel(request);
+            return TRUE;
+        }),
+        this);
+    const auto refuse =
+        G_CALLBACK(+[](WebKitWebView*, gpointer, gpointer) -> gboolean { return TRUE; });
+    g_signal_connect(view, "print", refuse, this);
+    g_signal_connect(view, "show-notification", refuse, this);
+    g_signal_connect(view, "context-menu",
+                     G_CALLBACK(+[](WebKitWebView*, WebKitContextMenu*, WebKitHitTestResult*,
+                                    gpointer) -> gboolean { return TRUE; }),
+                     this);
+}
+
+}  // namespace zorvik::platform::gtk

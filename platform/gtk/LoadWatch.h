@@ -1,0 +1,35 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <utility>
+
+#include "platform/services/Scheduler.h"
+
+namespace zorvik::platform::gtk {
+
+// Notices that a load has made no progress for a while; WebKitGTK itself waits for ever. Owned by
+// its page; main thread only.
+class LoadWatch {
+  public:
+    explicit LoadWatch(std::function<void()> expired) : expired_(std::move(expired)) {}
+    LoadWatch(const LoadWatch&) = delete;
+    LoadWatch& operator=(const LoadWatch&) = delete;
+    ~LoadWatch() { stop(); }
+
+    // Calls `expired` once when `seconds` pass without progress from now on.
+    void start(double seconds);
+    void progressSeen();
+    void stop();
+
+  private:
+    void schedule(double seconds);
+    void wake();
+
+    std::function<void()> expired_;
+    double seconds_ = 0;
+    double lastProgress_ = 0;
+    std::optional<Scheduler::TaskId> task_;
+};
+
+}  // namespace zorvik::platform::gtk

@@ -1,0 +1,25 @@
+#include "platform/headless/HeadlessPlatform.h"
+
+#include <utility>
+
+#include "platform/services/Environment.h"
+
+namespace zorvik::platform::headless {
+
+HeadlessPlatform::HeadlessPlatform(HeadlessScheduler::Background background)
+    : scheduler_(background) {
+    Environment::install({scheduler_, web_, application_, defaults_, stage_});
+}
+
+HeadlessPlatform::~HeadlessPlatform() {
+    // What goes may use the toolkit a last time and post, so the port stays installed, and its
+    // services whole, until nothing is left.
+    {
+        // The controllers still shown.
+        const HeadlessStage leaving(std::move(stage_));
+    }
+    scheduler_.dropPending();
+    Environment::uninstall();
+}
+
+}  // namespace zorvik::platform::headless

@@ -1,0 +1,245 @@
+#include "platform/headless/HeadlessScheduler.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "platform/foundation/ProgrammingError.h"
+#include "platform/foundation/Value.h"
+
+namespace zorvik::platform::headless {
+
+namespace {
+
+constexpr int threadCount = 2;
+
+}  // namespace
+
+// Every task is destroyed with no lock held: what it captured may post, cancel or turn the queue.
+
+HeadlessScheduler::HeadlessScheduler(Background background) : mode_(background) {
+    if (mode_ == Background::manual) return;
+    for (int index = 0; index < threadCount; ++index) {
+        threads_.emplace_back([this] { work(); });
+    }
+}
+
+HeadlessScheduler::~HeadlessScheduler() {
+    dropPending();
+}
+
+void HeadlessScheduler::runUntilIdle() {
+    while (runOneTurn()) {
+    }
+}
+
+bool HeadlessScheduler::runOneTurn() {
+    if (!isMainThread()) endOnProgrammingError("only the main thread may turn the main queue");
+    Task task;
+    {
+        const std::scoped_lock lock(mutex_);
+        if (ready_.empty()) return false;
+        task = std::move(ready_.front().task);
+        ready_.pop_front();
+    }
+    if (task) task();
+    return true;
+}
+
+void HeadlessScheduler::advanceBy(double seconds) {
+    const double end = steadySeconds() + (std::isfinite(seconds) ? std::max(seconds, 0.0) : 0.0);
+    for (;;) {
+        runUntilIdle();
+        const std::scoped_lock lock(mutex_);
+        if (delayed_.empty() || delayed_.begin()->first.at > end) {
+            // A task may have moved the clocks on further than this.
+            steady_ = std::max(steady_, end);
+            return;
+        }
+        steady_ = std::max(steady_, delayed_.begin()->first.at);
+        moveDueTasks();
+    }
+}
+
+void HeadlessScheduler::setNow(double wallSeconds) {
+    const std::scoped_lock lock(mutex_);
+    wallBase_ = wallSeconds;
+    wallSetAt_ = steady_;
+}
+
+std::size_t HeadlessScheduler::backgroundCount() const {
+    const std::scoped_lock lock(mutex_);
+    return background_.size();
+}
+
+bool HeadlessScheduler::runOneBackgroundTask(std::size_t index) {
+    if (mode_ != Background::manual) return false;
+    Task task;
+    {
+        const std::scoped_lock lock(mutex_);
+        if (index >= background_.size()) return false;
+        const auto place = background_.begin() + static_cast<std::ptrdiff_t>(index);
+        task = std::move(*place);
+        background_.erase(place);
+    }
+    if (task) task();
+    return true;
+}
+
+void HeadlessScheduler::settle() {
+    for (;;) {
+        runUntilIdle();
+        if (mode_ == Background::manual) {
+            if (!runOneBackgroundTask()) return;
+            continue;
+        }
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [this] { return !ready_.empty() || !waitsForThreads(); });
+        if (ready_.empty()) return;
+    }
+}
+
+std::size_t HeadlessScheduler::pendingCount() const {
+    const std::scoped_lock lock(mutex_);
+    return ready_.size() + delayed_.size();
+}
+
+std::optional<double> HeadlessScheduler::nextDelay() const {
+    const std::scoped_lock lock(mutex_);
+    if (!ready_.empty()) return 0;
+    if (delayed_.empty()) return std::nullopt;
+    return delayed_.begin()->first.at - steady_;
+}
+
+std::string HeadlessScheduler::describePending() const {
+    const std::scoped_lock lock(mutex_);
+    std::string lines;
+    const auto addLine = [&lines](TaskId id, const std::string& when) {
+        lines.append("#").append(std::to_string(id)).append(when).push_back('\n');
+    };
+    for (const ReadyTask& entry : ready_)
+        addLine(entry.id, " ready");
+    for (const auto& [deadline, task] : delayed_) {
+        addLine(deadline.id, " due in " + description(deadline.at - steady_) + " s");
+    }
+    return lines;
+}
+
+void HeadlessScheduler::runOnMain(Task task) {
+    {
+        const std::scoped_lock lock(mutex_);
+        ready_.push_back({++lastId_, std::move(task)});
+    }
+    changed_.notify_all();
+}
+
+Scheduler::TaskId HeadlessScheduler::runOnMainAfter(double seconds, Task task) {
+    TaskId id = 0;
+    {
+        const std::scoped_lock lock(mutex_);
+        id = ++lastId_;
+        if (const double deadline = steady_ + seconds; deadline > steady_) {
+            delayed_.emplace(Deadline{deadline, id}, std::move(task));
+            return id;
+        }
+        ready_.push_back({id, std::move(task)});
+    }
+    changed_.notify_all();
+    return id;
+}
+
+void HeadlessScheduler::cancel(TaskId id) {
+    Task dropped;
+    {
+        const std::scoped_lock lock(mutex_);
+        const auto later = std::find_if(delayed_.begin(), delayed_.end(),
+                                        [id](const auto& entry) { return entry.first.id == id; });
+        if (later != delayed_.end()) {
+            dropped = std::move(later->second);
+            delayed_.erase(later);
+            return;
+        }
+        // A task that came due stays cancellable until its turn.
+        const auto due = std::find_if(ready_.begin(), ready_.end(),
+                                      [id](const ReadyTask& entry) { return entry.id == id; });
+        if (due == ready_.end()) return;
+        dropped = std::move(due->task);
+        ready_.erase(due);
+    }
+}
+
+void HeadlessScheduler::runInBackground(Task task) {
+    {
+        const std::scoped_lock lock(mutex_);
+        background_.push_back(std::move(task));
+    }
+    changed_.notify_all();
+}
+
+double HeadlessScheduler::steadySeconds() const {
+    const std::scoped_lock lock(mutex_);
+    return steady_;
+}
+
+double HeadlessScheduler::wallSeconds() const {
+    const std::scoped_lock lock(mutex_);
+    return wallBase_ + (steady_ - wallSetAt_);
+}
+
+bool HeadlessScheduler::isMainThread() const {
+    return std::this_thread::get_id() == mainThread_;
+}
+
+bool HeadlessScheduler::waitsForThreads() const {
+    return busyThreads_ > 0 || !background_.empty();
+}
+
+void HeadlessScheduler::moveDueTasks() {
+    while (!delayed_.empty() && delayed_.begin()->first.at <= steady_) {
+        auto entry = delayed_.extract(delayed_.begin());
+        ready_.push_back({entry.key().id, std::move(entry.mapped())});
+    }
+}
+
+void HeadlessScheduler::work() {
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        changed_.wait(lock, [this] { return stopping_ || !background_.empty(); });
+        if (stopping_) return;
+        Task task = std::move(background_.front());
+        background_.pop_front();
+        ++busyThreads_;
+        lock.unlock();
+        if (task) task();
+        task = nullptr;
+        lock.lock();
+        --busyThreads_;
+        changed_.notify_all();
+    }
+}
+
+void HeadlessScheduler::dropPending() {
+    {
+        const std::scoped_lock lock(mutex_);
+        stopping_ = true;
+    }
+    changed_.notify_all();
+    for (std::thread& thread : threads_)
+        thread.join();
+    threads_.clear();
+
+    for (;;) {
+        std::deque<ReadyTask> ready;
+        std::map<Deadline, Task> delayed;
+        std::deque<Task> background;
+        {
+            const std::scoped_lock lock(mutex_);
+            ready.swap(ready_);
+            delayed.swap(delayed_);
+            background.swap(background_);
+        }
+        if (ready.empty() && delayed.empty() && background.empty()) return;
+    }
+}
+
+}  // namespace zorvik::platform::headless

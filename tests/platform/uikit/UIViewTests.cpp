@@ -1,0 +1,121 @@
+#include "platform/uikit/UIView.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "platform/headless/HeadlessPlatform.h"
+#include "platform/uikit/Layout.h"
+#include "platform/uikit/UIActivityIndicatorView.h"
+#include "platform/uikit/UIButton.h"
+
+namespace zorvik::platform {
+
+using testing::ElementsAre;
+
+class UIViewTest : public testing::Test {
+  protected:
+    static std::shared_ptr<UIView> make() { return makeOnMainThread<UIView>(); }
+
+    headless::HeadlessPlatform platform;
+    std::shared_ptr<UIView> parent = make();
+    std::shared_ptr<UIView> view = make();
+    std::shared_ptr<UIView> sibling = make();
+};
+
+TEST_F(UIViewTest, AnAddedViewIsOnTopAndLeavesWhereItWas) {
+    const auto second = make();
+    parent->addSubview(view);
+    parent->addSubview(sibling);
+    parent->addSubview(parent->subviews().front());
+    EXPECT_THAT(parent->subviews(), ElementsAre(sibling, view));
+    second->addSubview(view);
+    EXPECT_THAT(parent->subviews(), ElementsAre(sibling));
+    EXPECT_EQ(view->superview(), second.get());
+}
+
+TEST_F(UIViewTest, ASubviewOutlivesItsSuperviewWithoutOne) {
+    parent->addSubview(view);
+    parent.reset();
+    EXPECT_EQ(view->superview(), nullptr);
+    view->removeFromSuperview();
+}
+
+TEST_F(UIViewTest, ConstraintsGoToTheNearestCommonAncestorAndLeaveWithTheSubtree) {
+    const auto child = make();
+    parent->addSubview(view);
+    parent->addSubview(sibling);
+    view->addSubview(child);
+    NSLayoutConstraint::activate({
+        child->topAnchor().constraintEqualTo(sibling->topAnchor()),
+        child->leadingAnchor().constraintEqualTo(view->leadingAnchor()),
+        child->widthAnchor().constraintEqualToConstant(5),
+        sibling->topAnchor().constraintEqualTo(parent->topAnchor()),
+    });
+    EXPECT_EQ(parent->constraints().size(), 2u);
+    EXPECT_EQ(view->constraints().size(), 1u);
+    EXPECT_EQ(child->constraints().size(), 1u);
+    view->removeFromSuperview();
+    ASSERT_EQ(parent->constraints().size(), 1u);
+    EXPECT_EQ(parent->constraints()[0].firstItem.lock().get(), sibling.get());
+    EXPECT_EQ(view->constraints().size(), 1u) << "those inside the subtree stay";
+}
+
+class BuiltInItsConstructor : public UIView {
+  public:
+    BuiltInItsConstructor() {
+        inner->setTranslatesAutoresizingMaskIntoConstraints(false);
+        addSubview(inner);
+        NSLayoutConstraint::activate({inner->topAnchor().constraintEqualTo(topAnchor(), 3)});
+    }
+    const std::shared_ptr<UIView> inner = makeOnMainThread<UIView>();
+};
+
+TEST_F(UIViewTest, AConstructorMayPinSubviewsToTheViewItMakes) {
+    const auto built = makeOnMainThread<BuiltInItsConstructor>();
+    layoutTree(*built, {100, 100}, {});
+    EXPECT_EQ(built->inner->frame().y, 3);
+}
+
+TEST_F(UIViewTest, AnOpacityStaysBetweenZeroAndOne) {
+    view->setAlpha(7);
+    EXPECT_EQ(view->alpha(), 1);
+    view->setAlpha(-1);
+    EXPECT_EQ(view->alpha(), 0);
+}
+
+TEST_F(UIViewTest, AWheelThatHidesWhenStoppedIsHiddenUntilItSpins) {
+    const auto wheel = makeOnMainThread<UIActivityIndicatorView>();
+    wheel->setHidesWhenStopped(true);
+    EXPECT_TRUE(wheel->isHidden());
+    wheel->setHidesWhenStopped(false);
+    wheel->stopAnimating();
+    EXPECT_FALSE(wheel->isHidden());
+}
+
+struct Target {
+    int touches = 0;
+    std::shared_ptr<UIButton> button;
+    void touched() {
+        ++touches;
+        button.reset();
+    }
+};
+
+TEST_F(UIViewTest, AButtonTellsItsTargetAndMayGoMeanwhileButKeepsNoTarget) {
+    auto target = std::make_shared<Target>();
+    target->button = makeOnMainThread<UIButton>();
+    UIButton& button = *target->button;
+    button.setTarget(std::weak_ptr(target), &Target::touched);
+    button.sendTouchUpInside();
+    EXPECT_EQ(target->touches, 1);
+
+    const auto idle = makeOnMainThread<UIButton>();
+    idle->sendTouchUpInside();
+    idle->setTarget(std::weak_ptr(target), &Target::touched);
+    target.reset();
+    idle->sendTouchUpInside();
+}
+
+}  // namespace zorvik::platform
