@@ -1,6 +1,5 @@
 #include "platform/foundation/JSONSerialization.h"
 
-#include <charconv>
 #include <cmath>
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -126,7 +125,7 @@ class Reader {
     std::string reason_;
 };
 
-// False with a reason for anything but one JSON text.
+// Feeds the reader; an Error for anything but one JSON text.
 std::optional<Error> read(std::string_view text, Reader& reader) {
     // The parser takes a NUL for the end of the text and skips a byte-order mark.
     if (text.find('\0') != std::string_view::npos) return readingError("a NUL byte");

@@ -19,7 +19,7 @@ class HeadlessApplication : public ApplicationService {
     // An application for the scheme is there; `accepts`: whether its launches succeed.
     void install(const std::string& scheme, bool accepts = true);
     void uninstall(const std::string& scheme);
-    // What was handed over, in order, refused launches included.
+    // Every address open was asked for, in order, refused launches included.
     const std::vector<std::string>& openedUrls() const { return openedUrls_; }
     // The customer comes back to this application.
     void becomeActive();

@@ -117,8 +117,9 @@ std::string HeadlessScheduler::describePending() const {
     const auto addLine = [&lines](TaskId id, const std::string& when) {
         lines.append("#").append(std::to_string(id)).append(when).push_back('\n');
     };
-    for (const ReadyTask& entry : ready_)
+    for (const ReadyTask& entry : ready_) {
         addLine(entry.id, " ready");
+    }
     for (const auto& [deadline, task] : delayed_) {
         addLine(deadline.id, " due in " + description(deadline.at - steady_) + " s");
     }

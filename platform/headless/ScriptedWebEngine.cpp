@@ -185,7 +185,10 @@ void ScriptedPage::start(const std::shared_ptr<Load>& load) {
     inTurn([load](ScriptedPage& page) {
         if (page.load_ != load || !page.engine_) return;
         load->phase = Load::Phase::provisional;
+        // The script is the test's and may stop the load or drop the page.
+        const std::weak_ptr life = page.life_;
         load->script = page.engine_->answerLoad(load->url);
+        if (!living(life) || page.load_ != load) return;
         page.watchTime();
         page.proceed();
         page.report([](WebPageDelegate& delegate) { delegate.pageStarted(); });
@@ -221,7 +224,6 @@ void ScriptedPage::commit() {
     const auto load = load_;
     load->phase = Load::Phase::committed;
     committedUrl_ = URL::fromEngine(load->url);
-    watchTime();
     if (load->script.ending == ScriptedLoad::Ending::finish) {
         inTurn([load](ScriptedPage& page) {
             if (page.load_ != load) return;
@@ -250,6 +252,7 @@ void ScriptedPage::reportFailure(const Load& load, const Error& error) const {
     });
 }
 
+// Only an answer to a question can take time; the steps between two of them take none.
 void ScriptedPage::watchTime() {
     Scheduler& scheduler = engine_->scheduler_;
     if (load_->timeout) scheduler.cancel(*load_->timeout);

@@ -1,6 +1,7 @@
 #include "platform/uikit/Layout.h"
 
 #include <algorithm>
+#include <cmath>
 #include <unordered_map>
 #include <vector>
 
@@ -54,6 +55,11 @@ struct Span {
     double length = 0;
     double contentLength = 0;  // of a scroll view
 };
+
+// To a millionth of a point: what the arithmetic adds is far below.
+double withoutNoise(double value) {
+    return std::round(value * 1e6) / 1e6;
+}
 
 class Solver {
   public:
@@ -120,12 +126,14 @@ class Solver {
             if (nodes_[index].scroll) system.addDefault(contentLength(index), 0);
         }
         for (std::size_t index = 1; index < nodes_.size(); ++index) {
-            system.addDefault(start(index), 0);
+            // Parents come first, so theirs is settled.
+            system.addDefault(start(index), system.value(start(nodes_[index].parent)));
         }
         std::vector<Span> spans(nodes_.size());
         for (std::size_t index = 0; index < nodes_.size(); ++index) {
-            spans[index] = {system.value(start(index)), system.value(length(index)),
-                            system.value(contentLength(index))};
+            spans[index] = {withoutNoise(system.value(start(index))),
+                            withoutNoise(system.value(length(index))),
+                            withoutNoise(system.value(contentLength(index)))};
         }
         return spans;
     }

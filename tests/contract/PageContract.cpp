@@ -63,19 +63,6 @@ TEST_F(PageContract, OnlyRegisteredNamesAreHeardAndRemovalIsImmediate) {
     EXPECT_THAT(recorder->events, ElementsAre("message string 2", "message string 3"));
 }
 
-TEST_F(PageContract, AHandlerIsNotKeptAlive) {
-    loadPlainPage();
-    auto handler = std::make_shared<Recorder>();
-    view->configuration().userContentController->add(std::weak_ptr<WKScriptMessageHandler>(handler),
-                                                     "other");
-    const std::weak_ptr<Recorder> ended = handler;
-    handler.reset();
-    EXPECT_TRUE(ended.expired());
-    port->pagePosts(*view, "other", {Type::string, "1"});
-    port->pagePosts(*view, "message", {Type::string, "2"});
-    EXPECT_TRUE(waitFor("message string 2"));
-}
-
 TEST_F(PageContract, PanelsWaitForTheirAnswer) {
     loadPlainPage();
     using Kind = ScriptPanel::Kind;
@@ -144,11 +131,6 @@ TEST_F(PageContract, EvaluationsGiveTheValueOfTheScript) {
         ASSERT_FALSE(result.isSuccess());
         EXPECT_NE(result.error().localizedDescription, "");
     }
-}
-
-TEST_F(PageContract, AScriptRunsBeforeAnyLoad) {
-    EXPECT_TRUE(evaluate("20 + 2").isSuccess());
-    EXPECT_TRUE(recorder->events.empty());
 }
 
 TEST_F(PageContract, EvaluationsAnswerInOrderBehindTheMessagesTheyPosted) {
