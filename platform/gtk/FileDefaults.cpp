@@ -117,7 +117,7 @@ void FileDefaults::change(const std::string& key, Change entry) {
 
 FileDefaults::Loading FileDefaults::load() {
     const OpenFile file(file_, O_RDONLY);
-    if (!file && errno == ENOENT) {
+    if (!file && (errno == ENOENT || errno == ENOTDIR)) {
         stored_.clear();
         return Loading::done;
     }

@@ -8,9 +8,8 @@ typedef struct _JSCValue JSCValue;
 
 namespace zorvik::platform::gtk {
 
-// A value of a page's script; undefined counts as null. nullopt when it has no JSON form (a
-// circular object, a big integer). Half of a surrogate pair, which UTF-8 cannot hold, becomes
-// U+FFFD.
+// A value of a page's script; undefined counts as null. nullopt when it has no JSON form, as a
+// circular object has not. Half of a surrogate pair, which UTF-8 cannot hold, becomes U+FFFD.
 std::optional<ScriptValue> scriptValue(JSCValue* value);
 
 }  // namespace zorvik::platform::gtk

@@ -5,6 +5,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -115,6 +117,7 @@ void RawServer::serve(int connection) {
         const ssize_t count = recv(connection, buffer, sizeof buffer, 0);
         if (count <= 0) break;
         request.append(buffer, static_cast<std::size_t>(count));
+        if (std::isalpha(static_cast<unsigned char>(request[0])) == 0) break;  // no HTTP
     }
     const auto start = request.find(' ');
     const auto end = start == std::string::npos ? start : request.find(' ', start + 1);
@@ -127,8 +130,11 @@ void RawServer::serve(int connection) {
         const auto found = replies_.find(path);
         if (found != replies_.end()) answer = found->second;
     }
-    std::this_thread::sleep_for(std::chrono::duration<double>(answer.secondsBefore));
     if (end != std::string::npos) sendAll(connection, answer.bytes);
+    for (const std::string& piece : answer.pieces) {
+        std::this_thread::sleep_for(std::chrono::duration<double>(answer.secondsBetween));
+        sendAll(connection, piece);
+    }
     if (answer.afterwards == Afterwards::holdOpen) {
         while (recv(connection, buffer, sizeof buffer, 0) > 0)
             continue;

@@ -18,7 +18,9 @@ class RawServer {
     struct Reply {
         std::string bytes;
         Afterwards afterwards = Afterwards::close;
-        double secondsBefore = 0;
+        // More bytes, each piece this long after the one before.
+        std::vector<std::string> pieces = {};
+        double secondsBetween = 0;
     };
 
     RawServer();

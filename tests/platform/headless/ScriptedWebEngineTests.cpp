@@ -110,6 +110,17 @@ TEST_F(ScriptedWebEngineTest, AMessageUnderWayIsDroppedThoughItsNameIsAddedAgain
     EXPECT_TRUE(events->seen.empty());
 }
 
+TEST_F(ScriptedWebEngineTest, TheScriptItselfMayStopTheLoad) {
+    engine.onLoad([&](const auto&) {
+        page->stopLoading();
+        return ScriptedLoad{};
+    });
+    load();
+    scheduler.runUntilIdle();
+    EXPECT_EQ(events->seen.back(), "fail early");
+    EXPECT_EQ(scheduler.pendingCount(), 0u);
+}
+
 TEST_F(ScriptedWebEngineTest, APageMayOutliveItsEngine) {
     auto shortLived = std::make_unique<ScriptedWebEngine>(scheduler);
     const auto orphan = shortLived->makePage({}, events);

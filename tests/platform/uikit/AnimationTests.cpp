@@ -120,15 +120,6 @@ TEST_F(AnimationTest, AViewThatGoesEndsItsAnimationAndIsNotKeptByTheCompletion) 
     EXPECT_EQ(scheduler.pendingCount(), 0u);
 }
 
-TEST_F(AnimationTest, LeavingTheTreeEndsNothing) {
-    other->addSubview(view);
-    UIView::animate(
-        1, [&] { view->setAlpha(0); }, note("fade"));
-    view->removeFromSuperview();
-    scheduler.advanceBy(1);
-    EXPECT_THAT(ends, ElementsAre("fade finished"));
-}
-
 TEST_F(AnimationTest, ACallThatAnimatesNothingFinishesInTheNextTurn) {
     UIView::animate(
         5, [] {}, note("nothing"));
@@ -152,16 +143,6 @@ TEST_F(AnimationTest, ANestedCallAnimatesWithItsOwnTimeAndTheOuterOneGoesOn) {
     EXPECT_THAT(ends, ElementsAre("inner finished"));
     scheduler.advanceBy(1);
     EXPECT_THAT(ends, ElementsAre("inner finished", "outer finished"));
-}
-
-TEST_F(AnimationTest, ACompletionThatHoldsItsViewReleasesItAfterTheRun) {
-    const std::weak_ptr<UIView> ended = view;
-    UIView::animate(
-        1, [&] { view->setAlpha(0); }, [held = view](bool) {});
-    view.reset();
-    EXPECT_FALSE(ended.expired());
-    scheduler.advanceBy(1);
-    EXPECT_TRUE(ended.expired());
 }
 
 }  // namespace zorvik::platform

@@ -176,17 +176,6 @@ TEST_F(UIViewControllerTest, APresenterThatGoesTakesItsScreenAlong) {
     }
 }
 
-TEST_F(UIViewControllerTest, APresenterThatGoesWhileItsScreenLeavesChangesNothingForIt) {
-    presenter->present(a, true);
-    finish();
-    events.clear();
-    a->dismiss(true, note("gone"));
-    presenter.reset();
-    finish();
-    EXPECT_THAT(events,
-                ElementsAre("a will disappear, dismissed", "a did disappear, dismissed", "gone"));
-}
-
 TEST_F(UIViewControllerTest, AChildAppearsWithItsParentAndMovesAwayOnRemoval) {
     a->addChild(b);
     EXPECT_THAT(events, ElementsAre("a loaded", "b loaded"));
@@ -206,22 +195,6 @@ TEST_F(UIViewControllerTest, AChildAppearsWithItsParentAndMovesAwayOnRemoval) {
     finish();
     EXPECT_THAT(events, ElementsAre("a will disappear, dismissed", "b will disappear",
                                     "a did disappear, dismissed", "b did disappear"));
-}
-
-TEST_F(UIViewControllerTest, AChildMayLeaveItsParentInItsOwnCallback) {
-    a->addChild(b);
-    b->actIn = "will appear";
-    b->act = [&] { b->removeFromParent(); };
-    presenter->present(a, true);
-    finish();
-    EXPECT_EQ(b->parent(), nullptr);
-    EXPECT_EQ(events.back(), "a did appear");
-}
-
-TEST_F(UIViewControllerTest, DismissingWhatIsNotPresentedDoesNothing) {
-    a->dismiss(true, note("never"));
-    finish();
-    EXPECT_THAT(events, IsEmpty());
 }
 
 }  // namespace zorvik::platform

@@ -7,7 +7,6 @@
 
 #include "platform/headless/HeadlessPlatform.h"
 #include "platform/uikit/Layout.h"
-#include "platform/uikit/UIActivityIndicatorView.h"
 #include "platform/uikit/UIButton.h"
 
 namespace zorvik::platform {
@@ -28,11 +27,14 @@ TEST_F(UIViewTest, AnAddedViewIsOnTopAndLeavesWhereItWas) {
     const auto second = make();
     parent->addSubview(view);
     parent->addSubview(sibling);
+    NSLayoutConstraint::activate({view->topAnchor().constraintEqualTo(parent->topAnchor())});
     parent->addSubview(parent->subviews().front());
     EXPECT_THAT(parent->subviews(), ElementsAre(sibling, view));
+    EXPECT_EQ(parent->constraints().size(), 1u) << "it never left";
     second->addSubview(view);
     EXPECT_THAT(parent->subviews(), ElementsAre(sibling));
     EXPECT_EQ(view->superview(), second.get());
+    EXPECT_TRUE(parent->constraints().empty());
 }
 
 TEST_F(UIViewTest, ASubviewOutlivesItsSuperviewWithoutOne) {
@@ -76,22 +78,6 @@ TEST_F(UIViewTest, AConstructorMayPinSubviewsToTheViewItMakes) {
     const auto built = makeOnMainThread<BuiltInItsConstructor>();
     layoutTree(*built, {100, 100}, {});
     EXPECT_EQ(built->inner->frame().y, 3);
-}
-
-TEST_F(UIViewTest, AnOpacityStaysBetweenZeroAndOne) {
-    view->setAlpha(7);
-    EXPECT_EQ(view->alpha(), 1);
-    view->setAlpha(-1);
-    EXPECT_EQ(view->alpha(), 0);
-}
-
-TEST_F(UIViewTest, AWheelThatHidesWhenStoppedIsHiddenUntilItSpins) {
-    const auto wheel = makeOnMainThread<UIActivityIndicatorView>();
-    wheel->setHidesWhenStopped(true);
-    EXPECT_TRUE(wheel->isHidden());
-    wheel->setHidesWhenStopped(false);
-    wheel->stopAnimating();
-    EXPECT_FALSE(wheel->isHidden());
 }
 
 struct Target {

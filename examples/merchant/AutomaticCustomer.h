@@ -1,0 +1,56 @@
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "examples/merchant/Scenario.h"
+
+namespace zorvik::demo {
+
+// Plays a scenario's customer on the real widgets and the real page: looks, clicks, types. Owned
+// by the merchant's program; main thread only.
+class AutomaticCustomer {
+  public:
+    struct Surroundings {
+        GtkWindow* window = nullptr;
+        std::function<bool(const std::string& name)> savePng;  // false: not yet
+        std::function<void()> pay;
+        std::function<void()> deviceBack;
+        // Calls `done` in a later turn, once the back end has taken the fault over.
+        std::function<void(const std::string& fault, bool isOn, std::function<void()> done)>
+            setFault;
+        std::function<bool()> isHandedOff;  // whether a UPI app was opened and the record written
+    };
+
+    AutomaticCustomer(std::vector<Step> steps, Surroundings surroundings);
+    ~AutomaticCustomer();
+    AutomaticCustomer(const AutomaticCustomer&) = delete;
+    AutomaticCustomer& operator=(const AutomaticCustomer&) = delete;
+
+    // Begins with the first step. `stuck` is told what was waited for in vain.
+    void start(std::function<void(const std::string& waitedFor)> stuck);
+
+  private:
+    void next();
+    // Does the step; false when its moment has not come.
+    bool attempt(const Step& step);
+    void look(const std::string& script);
+    void setFault(const Step& step);
+    GtkWidget* page() const;
+    GtkWidget* buttonTitled(const std::string& title) const;
+
+    std::deque<Step> steps_;
+    Surroundings surroundings_;
+    std::function<void(const std::string&)> stuck_;
+    // Answers of the page that come after this object find it gone through this.
+    std::shared_ptr<AutomaticCustomer*> self_ = std::make_shared<AutomaticCustomer*>(this);
+    gint64 stepStart_ = 0;
+    bool isAsking_ = false;  // the page or the back end, whose answer is on its way
+    bool hasAnswer_ = false;
+};
+
+}  // namespace zorvik::demo

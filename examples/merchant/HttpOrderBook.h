@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include "core/development/OrderBook.h"
+
+namespace zorvik::demo {
+
+// The orders of the demonstration's back end, so that they outlive the merchant's process. Each
+// call waits for the network: not for the main thread. Any other thread.
+class HttpOrderBook : public development::OrderBook {
+  public:
+    explicit HttpOrderBook(std::string backendUrl) : backendUrl_(std::move(backendUrl)) {}
+
+    platform::Result<development::OrderRecord> create(
+        const development::OrderDraft& draft) override;
+    platform::Result<development::OrderRecord> updateDetails(
+        const std::string& token, const std::string& orderId,
+        const development::OrderDetails& details) override;
+    platform::Result<development::OrderRecord> find(const std::string& token,
+                                                    const std::string& orderId) override;
+    platform::Result<development::OrderRecord> recordPayment(
+        const std::string& orderId, const development::Payment& payment) override;
+
+  private:
+    platform::Result<development::OrderRecord> orderFrom(
+        const platform::Result<platform::Dictionary>& answer) const;
+    std::string orderUrl(const std::string& orderId) const;
+
+    const std::string backendUrl_;
+};
+
+}  // namespace zorvik::demo

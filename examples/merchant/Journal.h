@@ -1,0 +1,20 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "core/development/EventSink.h"
+
+namespace zorvik::demo {
+
+// What the demonstration prints: one line each, told apart by its first word, in the order in
+// which things happened. Any thread; lines never mix.
+void printLabelled(const std::string& label, const std::string& line);
+
+// Prints each event as a line of JSON.
+std::shared_ptr<development::EventSink> makePrintingSink();
+
+// Prints the component's console lines so as well, from now on.
+void printConsoleLines();
+
+}  // namespace zorvik::demo

@@ -1,0 +1,108 @@
+#include <atomic>
+#include <thread>
+
+#include "tests/component/CheckoutFixture.h"
+
+namespace zorvik {
+namespace {
+
+using testing::AnyOf;
+using testing::Contains;
+using testing::Each;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+// Background tasks run on two threads of their own while the main thread goes on. What these tests
+// look for is mostly for a race detector to find.
+class ThreadsTest : public CheckoutTest {
+  protected:
+    ThreadsTest() : CheckoutTest(Background::threads) {}
+};
+
+TEST_F(ThreadsTest, TheDelegateMayChangeWhileACheckoutsStartIsLogged) {
+    const auto other = std::make_shared<RecordingHost>();
+    for (int round = 0; round < 200; ++round) {
+        sdk.checkout(presenter, {});
+        sdk.setDelegate(other);
+        sdk.setDelegate({});
+        sdk.setDelegate(host);
+    }
+    scheduler.settle();
+    const auto events = core.takeEvents();
+    EXPECT_EQ(events.size(), 400u);
+    EXPECT_THAT(events, Each(AnyOf(HasSubstr("\"proxy_delegate_present\": true"),
+                                   HasSubstr("No orderToken provided"))));
+}
+
+TEST_F(ThreadsTest, OptionsMayChangeWhileEventsAreLogged) {
+    openScreen(optionsOf("token-0"));
+    for (int round = 0; round < 200; ++round) {
+        screen()->swipeBackDetected();
+        screen()->setOptions(optionsOf("token-" + std::to_string(round)));
+        scheduler.runOneTurn();
+    }
+    scheduler.settle();
+    EXPECT_THAT(core.events(), SizeIs(400));
+    EXPECT_THAT(core.events(), Each(StartsWith("BACK_BUTTON_PRESSED \"\" \"token-")));
+}
+
+TEST_F(ThreadsTest, WholeCheckoutsLeaveNoScreenBehindWhileEventsAreLoggedElsewhere) {
+    for (int round = 0; round < 20; ++round) {
+        checkout();
+        page().navigate(core.webViewRespCheckUrl + "?response=!");
+        runAll();
+        EXPECT_FALSE(screen());
+        EXPECT_THAT(port.web().pages(), IsEmpty());
+    }
+    EXPECT_THAT(host->responses, SizeIs(20));
+    EXPECT_THAT(host->responses, Each(failurePayload("Invalid response format")));
+    EXPECT_THAT(port.defaults().removals(), SizeIs(20 * 9));
+}
+
+TEST_F(ThreadsTest, AScreenReleasedWhileItsEventTasksRunIsDestroyedOnTheMainThread) {
+    for (int round = 0; round < 50; ++round) {
+        auto alone = ZorvikCheckoutWebView::initWithOptions(optionsOf("t"), std::nullopt);
+        alone->view();
+        alone->swipeBackDetected();
+        alone->backButtonTapped();
+        alone.reset();
+        scheduler.settle();
+        ASSERT_THAT(port.web().pages(), IsEmpty());
+    }
+}
+
+TEST_F(ThreadsTest, EnquiriesAnsweredOnOtherThreadsReportOnTheMainOne) {
+    core.enquiryAnswer = TransactionEnquiryResponse{Order{"PAID"}, {{"status", "PAID"}}};
+    for (int round = 0; round < 20; ++round) {
+        checkout();
+        std::atomic<bool> cameOnMain = false;
+        host->whenCalled = [&, main = std::this_thread::get_id()] {
+            cameOnMain = std::this_thread::get_id() == main;
+        };
+        page().navigate("shopreturn://back?status=success&tr=T1");
+        runAll();
+        EXPECT_TRUE(cameOnMain);
+        EXPECT_FALSE(screen());
+    }
+    EXPECT_THAT(host->responses, SizeIs(20));
+    EXPECT_THAT(core.events(),
+                Contains(HasSubstr(R"("status": "success", "transactionId": "T1")")));
+}
+
+TEST_F(ThreadsTest, ADeviceBackMayComeFromAnyThread) {
+    openScreen();
+    const auto held = screen();
+    std::thread other([&] {
+        for (int round = 0; round < 20; ++round)
+            held->handleDeviceBackButtonPress();
+    });
+    other.join();
+    scheduler.settle();
+    EXPECT_THAT(page().evaluatedScripts(), SizeIs(20));
+    EXPECT_THAT(core.events(), SizeIs(20));
+}
+
+}  // namespace
+}  // namespace zorvik
