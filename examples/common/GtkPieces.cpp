@@ -68,7 +68,9 @@ GtkWidget* monogram(const std::string& name) {
 
 GtkWidget* row(const std::string& name, const std::string& value) {
     GtkWidget* box = gtk_box_new(GTK_ORIENTATION_HORIZONTAL, 16);
-    GtkWidget* left = label(name, {"quiet", "small"});
+    GtkWidget* left = gtk_label_new(name.c_str());
+    gtk_widget_add_css_class(left, "quiet");
+    gtk_widget_add_css_class(left, "small");
     GtkWidget* right = label(value, {"small"});
     gtk_widget_set_hexpand(right, TRUE);
     gtk_widget_set_valign(left, GTK_ALIGN_START);

@@ -182,7 +182,13 @@ void Merchant::setFault(const std::string& fault, bool isOn, std::function<void(
 std::vector<Step> Merchant::stepsOfCustomer() const {
     using enum Step::Action;
     if (options_.resumesOrder) {
-        return {{Step::Action::pay}, {seeScreen}, {wait, "1.2"}, {savePng, "after-restart"}};
+        return {{Step::Action::pay},
+                {seeScreen},
+                {see,
+                 "!document.getElementById('loading')?.getClientRects().length && "
+                 "!!document.getElementById('methods')"},
+                {wait, "0.7"},
+                {savePng, "after-restart"}};
     }
     std::vector<Step> steps = options_.scenario->steps;
     // The window is drawn first.

@@ -88,7 +88,7 @@ Outcome outcomeOf(const Dictionary& data) {
 
 // An order token is longer than anybody reads.
 std::string shortened(const std::string& text) {
-    constexpr std::size_t most = 44;
+    constexpr std::size_t most = 32;
     if (text.size() <= most) return text;
     std::size_t end = most;
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80)

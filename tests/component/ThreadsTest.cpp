@@ -40,7 +40,9 @@ TEST_F(ThreadsTest, OptionsMayChangeWhileEventsAreLogged) {
     openScreen(optionsOf("token-0"));
     for (int round = 0; round < 200; ++round) {
         screen()->swipeBackDetected();
-        screen()->setOptions(optionsOf("token-" + std::to_string(round)));
+        for (int change = 0; change < 50; ++change) {
+            screen()->setOptions(optionsOf("token-" + std::to_string(change)));
+        }
         scheduler.runOneTurn();
     }
     scheduler.settle();

@@ -166,7 +166,8 @@ TEST_F(StageTest, OnlyTheTopmostScreenTakesInput) {
     above->view()->setBackgroundColor(UIColor::white());
     show(above);
     click(250, 120);
-    xdotool("key Tab sleep 0.1 key space");
+    for (int round = 0; round < 3; ++round)
+        xdotool("key Tab sleep 0.1 key space");
     EXPECT_EQ(below->taps, 0);
     bool isGone = false;
     above->dismiss(true, [&] { isGone = true; });
