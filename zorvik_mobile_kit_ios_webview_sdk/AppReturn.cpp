@@ -34,11 +34,11 @@ void ZorvikCheckoutWebView::appDidBecomeActive() {
     const auto storedTime = defaults.object(TransactionRecord::startTime);
     printLine(joined("[APP STATE] 📱 Stored transaction ID: ", transactionId.value_or("nil")));
     printLine(joined("[APP STATE] 📱 Stored package name: ", packageName.value_or("nil")));
-    printLine(
-        joined("[APP STATE] 📱 Stored start time: ", storedTime ? description(*storedTime) : "nil"));
-
-    // A start time of another type is no record.
+    // A start time of another type is none.
     const auto* startTime = storedTime ? std::get_if<Date>(&*storedTime) : nullptr;
+    printLine(joined("[APP STATE] 📱 Stored start time: ",
+                     startTime != nullptr ? description(*startTime) : "nil"));
+
     if (!transactionId || !packageName || startTime == nullptr) {
         printLine("[APP STATE] ⚠️ No stored transaction details found");
         printLine("[APP STATE] 📊 This might be a normal app activation or first launch");

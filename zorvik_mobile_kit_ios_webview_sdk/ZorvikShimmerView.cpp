@@ -245,14 +245,16 @@ void ZorvikShimmerView::stopShimmerAnimation() {
 }
 
 void ZorvikShimmerView::showShimmer() {
+    ++showRun;
     setHidden(false);
     setAlpha(0);
     UIView::animate(
         fadeSeconds, [this] { setAlpha(1); },
-        [self = weakSelf(), run = pulseRun](bool /*finished*/) {
+        [self = weakSelf(), run = pulseRun, show = showRun](bool /*finished*/) {
             const auto view = self.lock();
             // Hidden or stopped before the fade-in was over: then it stays still.
-            if (view && view->pulseRun == run) view->startShimmerAnimation();
+            if (!view || view->pulseRun != run || view->showRun != show) return;
+            view->startShimmerAnimation();
         });
 }
 
@@ -260,8 +262,9 @@ void ZorvikShimmerView::hideShimmer(std::function<void()> completion) {
     stopShimmerAnimation();
     UIView::animate(
         fadeSeconds, [this] { setAlpha(0); },
-        [self = weakSelf(), completion = std::move(completion)](bool /*finished*/) {
-            if (const auto view = self.lock()) view->setHidden(true);
+        [self = weakSelf(), show = showRun, completion = std::move(completion)](bool /*finished*/) {
+            const auto view = self.lock();
+            if (view && view->showRun == show) view->setHidden(true);
             if (completion) completion();
         });
 }

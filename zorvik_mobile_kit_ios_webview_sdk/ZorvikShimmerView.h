@@ -55,6 +55,8 @@ class ZorvikShimmerView : public platform::UIView {
     std::vector<std::shared_ptr<platform::Timer>> animationTimers;
     // Counts the stops, so that an animation which ends after one starts nothing new.
     std::uint64_t pulseRun = 0;
+    // Counts the shows, so that a fade which a newer one replaced changes nothing any more.
+    std::uint64_t showRun = 0;
 };
 
 }  // namespace zorvik

@@ -5,6 +5,12 @@
 
 namespace zorvik::platform {
 
+Value::Value(const Value&) = default;
+Value::Value(Value&&) noexcept = default;
+Value& Value::operator=(const Value&) = default;
+Value& Value::operator=(Value&&) noexcept = default;
+Value::~Value() = default;
+
 namespace {
 
 // One line whatever the text holds.

@@ -23,6 +23,12 @@ using Dictionary = std::map<std::string, Value, std::less<>>;
 class Value {
   public:
     Value() = default;
+    // Out of line: inlined, g++ 12 takes the moved variant for uninitialised.
+    Value(const Value&);
+    Value(Value&&) noexcept;
+    Value& operator=(const Value&);
+    Value& operator=(Value&&) noexcept;
+    ~Value();
     Value(std::nullptr_t) {}
     Value(bool boolean) : content_(boolean) {}
     template <std::integral T>

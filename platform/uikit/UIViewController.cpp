@@ -100,11 +100,18 @@ void UIViewController::presentOnTop(const std::shared_ptr<UIViewController>& con
             shown->tell(&UIViewController::viewDidAppear, animated);
             // Dismissed by its own callback: what it covered is already about to appear again.
             if (below && !shown->isBeingDismissed_) {
+                shown->takeOutOfWindow(*below);
                 below->tell(&UIViewController::viewDidDisappear, animated);
             }
             if (completion) completion();
         });
     runAll(presented->whenOnStage_);
+}
+
+void UIViewController::takeOutOfWindow(UIViewController& below) {
+    if (!below.view()->isRootInWindow_) return;
+    below.setShownByStage(false);
+    coversWindow_ = true;
 }
 
 void UIViewController::dismiss(bool animated, std::function<void()> completion) {
@@ -133,7 +140,13 @@ void UIViewController::leave(bool animated, std::function<void()> completion) {
     }
     isBeingDismissed_ = true;
     tell(&UIViewController::viewWillDisappear, animated);
-    if (const auto below = covered()) below->tell(&UIViewController::viewWillAppear, animated);
+    if (const auto below = covered()) {
+        if (std::exchange(coversWindow_, false)) {
+            below->setShownByStage(true);
+            below->view()->setNeedsDisplay();  // it may have changed while it was covered
+        }
+        below->tell(&UIViewController::viewWillAppear, animated);
+    }
     // The closure keeps the controller, so that it hears of its end even when its presenter is
     // gone.
     Environment::stage().hide(*this, animated,

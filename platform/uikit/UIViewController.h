@@ -39,8 +39,9 @@ class UIViewController : public std::enable_shared_from_this<UIViewController> {
     void setModalPresentationStyle(UIModalPresentationStyle style) { presentationStyle_ = style; }
 
     // Shows the controller over this one, or over what this one already presents; where that is on
-    // its way out, once it is gone. A covered controller disappears without being dismissed when
-    // the new one is full screen. Nothing when the controller is presented or has a parent.
+    // its way out, once it is gone. A controller covered by a full-screen one disappears
+    // without being dismissed, and its view is in no window meanwhile. Nothing when the controller
+    // is presented or has a parent.
     void present(const std::shared_ptr<UIViewController>& controller, bool animated,
                  std::function<void()> completion = {});
     // Takes away what this controller presents, else this controller itself, and before it what it
@@ -68,6 +69,7 @@ class UIViewController : public std::enable_shared_from_this<UIViewController> {
     void tell(AppearanceCallback callback, bool animated);
     void presentOnTop(const std::shared_ptr<UIViewController>& controller, bool animated,
                       std::function<void()> completion);
+    void takeOutOfWindow(UIViewController& below);
     void leave(bool animated, std::function<void()> completion);
     void finishDismissal(bool animated, const std::function<void()>& completion);
 
@@ -79,7 +81,8 @@ class UIViewController : public std::enable_shared_from_this<UIViewController> {
     UIModalPresentationStyle presentationStyle_ = UIModalPresentationStyle::automatic;
     std::vector<std::function<void()>> whenOnStage_;    // asked for before the stage had it
     std::vector<std::function<void()>> whenDismissed_;  // asked for while it was on its way out
-    bool isComing_ = false;  // being presented, not yet handed to the stage
+    bool coversWindow_ = false;  // took the covered controller's view out of its window
+    bool isComing_ = false;      // being presented, not yet handed to the stage
     bool isBeingDismissed_ = false;
     bool isMovingFromParent_ = false;
 };

@@ -199,6 +199,21 @@ TEST_F(ShimmerViewTest, ASecondStartCountsAllBlocksAgainFromTheFirst) {
     EXPECT_EQ(scheduler.pendingCount(), 46u) << "one timer or fade a block, no more";
 }
 
+TEST_F(ShimmerViewTest, AFadeThatANewerOneReplacedChangesNothing) {
+    skeleton->showShimmer();
+    scheduler.advanceBy(1);
+    skeleton->hideShimmer();
+    scheduler.advanceBy(0.1);
+    skeleton->showShimmer();  // while it fades out
+    scheduler.advanceBy(0.1);
+    skeleton->showShimmer();  // while it fades in
+    scheduler.advanceBy(0.29);
+    EXPECT_FALSE(skeleton->isHidden());
+    EXPECT_EQ(blocks.front()->alpha(), 1) << "the pulse waits for the end of the last fade-in";
+    scheduler.advanceBy(0.02);
+    EXPECT_EQ(blocks.front()->alpha(), 0.3);
+}
+
 TEST_F(ShimmerViewTest, ShowAndHideMayAlternate) {
     for (int round = 0; round < 3; ++round) {
         skeleton->showShimmer();

@@ -137,7 +137,7 @@ TEST_F(ServicesContract, PresentingAndDismissingTellBothControllersInOrder) {
     ASSERT_TRUE(waitForCount(6));
     EXPECT_THAT(events, ElementsAre("above loaded", "above will appear",
                                     "below will disappear in window", "above did appear in window",
-                                    "below did disappear in window", "above presented"));
+                                    "below did disappear", "above presented"));
     EXPECT_EQ(above->presentingViewController(), below.get());
     events.clear();
     above->dismiss(true, note("above gone"));
