@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 
 #include "examples/common/OrderRecordJSON.h"
@@ -90,6 +91,7 @@ const std::vector<Backend::Route>& Backend::routes() {
         {"POST", "/api/checkout/close", &Backend::closePayments},
         {"POST", "/api/bank/upi/*", &Backend::reportFromUpiApp},
         {"POST", faultsPath, &Backend::setFaults},
+        {"POST", "/api/demo/journal", &Backend::writeJournal},
     };
     return table;
 }
@@ -190,6 +192,15 @@ HttpResponse Backend::reportFromUpiApp(const HttpRequest&, const Dictionary& bod
     const auto reference = body.find("return_reference");
     collection.returnsReference = reference == body.end() || reference->second != Value(false);
     return response;
+}
+
+// What the page received and made of it, a line of standard output each.
+HttpResponse Backend::writeJournal(const HttpRequest&, const Dictionary& body, const std::string&) {
+    std::string line = textOf(body, "line");
+    std::replace_if(
+        line.begin(), line.end(), [](unsigned char character) { return character < ' '; }, ' ');
+    std::cout << "page     " << line << std::endl;
+    return jsonResponse(200, {});
 }
 
 HttpResponse Backend::setFaults(const HttpRequest&, const Dictionary& body, const std::string&) {

@@ -67,6 +67,7 @@ class Backend {
     // For the UPI apps and for the demonstration's scenarios.
     HttpResponse reportFromUpiApp(const HttpRequest&, const Fields&, const std::string&);
     HttpResponse setFaults(const HttpRequest&, const Fields&, const std::string&);
+    HttpResponse writeJournal(const HttpRequest&, const Fields&, const std::string&);
     // Files of the pages.
     HttpResponse servePage(const HttpRequest&, const Fields&, const std::string&);
     HttpResponse serveIcon(const HttpRequest&, const Fields&, const std::string& name);

@@ -19,7 +19,9 @@
     notice.hidden = text === '';
   }
 
+  // Shown below the ways to pay, and told to the back end for the demonstration's own journal.
   function journal(received, action) {
+    service.ask('/api/demo/journal', { line: `${received} -> ${action}` }).catch(() => {});
     const entry = document.createElement('li');
     const code = document.createElement('code');
     code.textContent = received;

@@ -76,13 +76,13 @@ struct GtkPlatform::Parts {
         : engine(scheduler, engineOptions(options)),
           application(scheduler),
           defaults(defaultsFile(options)),
-          stage(std::make_unique<GtkStage>(scheduler, options.safeAreaInsets)) {}
+          stage(scheduler, options.safeAreaInsets) {}
 
     GtkScheduler scheduler;
     GtkWebEngine engine;
     GtkApplicationService application;
     FileDefaults defaults;
-    std::unique_ptr<GtkStage> stage;
+    GtkStage stage;
     std::vector<ObjectPointer<GtkWindow>> windows;
     GMainLoop* loop = nullptr;
 };
@@ -102,14 +102,14 @@ std::unique_ptr<GtkPlatform> GtkPlatform::make(const GtkPlatformOptions& options
 
 GtkPlatform::GtkPlatform(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {
     Environment::install(
-        {parts_->scheduler, parts_->engine, parts_->application, parts_->defaults, *parts_->stage});
+        {parts_->scheduler, parts_->engine, parts_->application, parts_->defaults, parts_->stage});
 }
 
 GtkPlatform::~GtkPlatform() {
     // What is dropped may use the toolkit a last time, so the port stays installed until no
     // thread, task or screen is left.
     parts_->scheduler.shutDown();
-    parts_->stage->dropScreens();
+    parts_->stage.dropScreens();
     while (!parts_->windows.empty())
         closeWindow(parts_->windows.back().get());
     Environment::uninstall();
@@ -148,11 +148,11 @@ void GtkPlatform::closeWindow(GtkWindow* window) {
 }
 
 std::shared_ptr<UIViewController> GtkPlatform::presenterFor(GtkWindow* window) {
-    return parts_->stage->presenterFor(window);
+    return parts_->stage.presenterFor(window);
 }
 
 void GtkPlatform::setSafeAreaInsets(const UIEdgeInsets& insets) {
-    parts_->stage->setSafeAreaInsets(insets);
+    parts_->stage.setSafeAreaInsets(insets);
 }
 
 void GtkPlatform::run() {

@@ -64,14 +64,14 @@ class GtkStage::Screen {
     }
     void slide(double from, double to) {
         slide_ = {from, to, stage_.scheduler_.steadySeconds()};
-        setOffset(screen_, from);
+        moveTo(from);
         requestTick();
     }
     void endSlide() {
-        if (slide_) setOffset(screen_, slide_->to);
+        if (slide_) moveTo(slide_->to);
         slide_.reset();
     }
-    double offset() const { return slide_ ? slide_->to : 0; }
+    double offset() const { return offset_; }
     void leave() {
         layerLeaves(widget_.get());
         returnFocus();
@@ -104,6 +104,10 @@ class GtkStage::Screen {
         }
         formerFocus_.set(nullptr);
     }
+    void moveTo(double offset) {
+        offset_ = offset;
+        setOffset(screen_, offset);
+    }
     void requestTick() {
         if (tick_ != 0) return;
         tick_ = gtk_widget_add_tick_callback(
@@ -122,7 +126,7 @@ class GtkStage::Screen {
         if (slide_) {
             const double elapsed = stage_.scheduler_.steadySeconds() - slide_->start;
             const double share = easeOut(elapsed / slideSeconds);
-            setOffset(screen_, slide_->from + (slide_->to - slide_->from) * share);
+            moveTo(slide_->from + (slide_->to - slide_->from) * share);
             if (elapsed >= slideSeconds) slide_.reset();
         }
         if (isFading || slide_ || needsFollowing_) return G_SOURCE_CONTINUE;
@@ -142,6 +146,7 @@ class GtkStage::Screen {
     ObjectPointer<GtkWidget> widget_;
     Size size_;
     std::optional<Slide> slide_;
+    double offset_ = 0;  // of the height
     std::optional<Scheduler::TaskId> task_;
     guint tick_ = 0;
     bool needsFollowing_ = false;

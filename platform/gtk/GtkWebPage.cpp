@@ -32,7 +32,8 @@ void decideResponse(WebKitPolicyDecision* decision) {
 // The answer to one question of the engine. Gone unanswered, the navigation is cancelled.
 class GtkWebPage::PolicyAnswer {
   public:
-    explicit PolicyAnswer(WebKitPolicyDecision* decision) : decision_(share(decision)) {}
+    PolicyAnswer(WebKitPolicyDecision* decision, const Self& page, std::string uri, bool isRedirect)
+        : decision_(share(decision)), page_(page), uri_(std::move(uri)), isRedirect_(isRedirect) {}
     PolicyAnswer(const PolicyAnswer&) = delete;
     PolicyAnswer& operator=(const PolicyAnswer&) = delete;
     ~PolicyAnswer() { give(NavigationDecision::cancel); }
@@ -41,6 +42,7 @@ class GtkWebPage::PolicyAnswer {
     void give(NavigationDecision decision) {
         const ObjectPointer<WebKitPolicyDecision> open = std::move(decision_);
         if (!open) return;
+        if (*page_ != nullptr) (*page_)->navigationDecided(uri_, isRedirect_, decision);
         if (decision == NavigationDecision::allow) {
             webkit_policy_decision_use(open.get());
         } else {
@@ -50,6 +52,9 @@ class GtkWebPage::PolicyAnswer {
 
   private:
     ObjectPointer<WebKitPolicyDecision> decision_;
+    const Self page_;
+    const std::string uri_;
+    const bool isRedirect_;
 };
 
 GtkWebPage::GtkWebPage(ObjectPointer<WebKitWebView> view, std::weak_ptr<WebPageDelegate> delegate,
@@ -73,8 +78,8 @@ GtkWebPage::~GtkWebPage() {
     GtkWidget* own = widget();
     if (gtk_widget_get_parent(own) != nullptr) gtk_widget_unparent(own);
 
-    // The view may be in the middle of a report, so its page is closed in a later turn. Without
-    // that a pending script would keep it running.
+    // The view may be in the middle of a report, so its page is closed in a later turn. Left to
+    // its references, it would run on as long as somebody holds a question of it open.
     std::shared_ptr<WebKitWebView> closing(view_.release(), [](WebKitWebView* leaving) {
         g_object_run_dispose(G_OBJECT(leaving));
         g_object_unref(leaving);
@@ -123,18 +128,16 @@ void GtkWebPage::policyAsked(WebKitPolicyDecision* decision, int type) {
         newWindowAsked(action);
         return;
     }
-    const auto delegate = delegate_.lock();
-    const auto answer = std::make_shared<PolicyAnswer>(decision);
-    if (!delegate) return;
     const char* address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
     const std::string uri = address != nullptr ? address : "";
     const bool isRedirect = webkit_navigation_action_is_redirect(action);
+    const auto answer = std::make_shared<PolicyAnswer>(decision, self_, uri, isRedirect);
     if (!isRedirect && isOwnRequest(uri)) requestAnswer_ = answer;
-    delegate->pageAsksToNavigate(URL::fromEngine(uri), [answer, uri, isRedirect, self = self_](
-                                                           NavigationDecision navigation) {
-        if (*self != nullptr) (*self)->navigationDecided(uri, isRedirect, navigation);
-        answer->give(navigation);
-    });
+    if (const auto delegate = delegate_.lock()) {
+        delegate->pageAsksToNavigate(URL::fromEngine(uri), [answer](NavigationDecision navigation) {
+            answer->give(navigation);
+        });
+    }
 }
 
 void GtkWebPage::newWindowAsked(WebKitNavigationAction* action) {
@@ -218,10 +221,10 @@ void GtkWebPage::timedOut() {
     const bool isCommitted = state_ == LoadState::committed;
     // A load that was refused ended without a word.
     const bool isLoading = state_ != LoadState::none || webkit_web_view_is_loading(view_.get());
-    isRequested_ = false;
     state_ = LoadState::none;
+    isRequested_ = false;
     if (!isLoading) return;
-    webkit_web_view_stop_loading(view_.get());
+    stopLoading();
     report(isCommitted, webPageError(WebPageErrorCode::timedOut, "The request timed out."));
 }
 

@@ -78,7 +78,7 @@ class GtkWebPage : public WebPage {
     Self self_;
 
     LoadState state_ = LoadState::none;
-    bool isRequested_ = false;                   // load() was called and its start is still to come
+    bool isRequested_ = false;  // load() was called and its start is still to come
     double requestTimeout_ = 0;
     std::weak_ptr<PolicyAnswer> requestAnswer_;  // the open question about it
     std::optional<std::string> refusedRedirect_;

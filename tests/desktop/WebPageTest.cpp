@@ -98,6 +98,18 @@ TEST_F(WebPageTest, ANewWindowIsAskedForOnceAndNeverOpens) {
     EXPECT_EQ(server.requests().size(), 1u);
 }
 
+TEST_F(WebPageTest, ADroppedAnswerToARedirectIsNoFailure) {
+    server.replyRedirect("/redirect", "/page");
+    showPage();
+    page->load({*URL::parse(server.address("/redirect"))});
+    ASSERT_TRUE(waitUntil([&] { return !delegate->events.empty(); }));
+    delegate->holdsQuestions = true;
+    ASSERT_TRUE(waitUntil([&] { return !delegate->questions.empty(); }));
+    delegate->questions.clear();
+    settle();
+    EXPECT_THAT(delegate->events, ElementsAre("ask /redirect", "ask /page"));
+}
+
 TEST_F(WebPageTest, AnswersThatAreNoPagesEndClearly) {
     const std::string binary = "Content-Type: application/x-unknown\r\n";
     server.reply("/file", {"HTTP/1.1 200 OK\r\n" + binary + "Content-Length: 2\r\n\r\nab"});
