@@ -26,16 +26,20 @@ ObjectPointer<GAppInfo> handlerOf(const URL& url) {
 // A launch succeeds as soon as a helper process runs, whether or not that can start the program.
 // So the program is looked at first: there, executable, and so is its script's interpreter.
 bool canStart(GAppInfo* handler) {
-    const char* executable = g_app_info_get_executable(handler);
-    if (executable == nullptr) return true;  // started by the message bus
-    const TextPointer path(g_find_program_in_path(executable));
+    const char* commandLine = g_app_info_get_commandline(handler);
+    if (commandLine == nullptr) return true;  // started by the message bus
+    // Taken apart here: the look-up's own word for the program keeps the quotes of a quoted path.
+    char** words = nullptr;
+    if (!g_shell_parse_argv(commandLine, nullptr, &words, nullptr)) return false;
+    const TextPointer path(g_find_program_in_path(words[0]));
+    g_strfreev(words);
     if (!path) return false;
     std::ifstream program(path.get(), std::ios::binary);
     std::string firstLine;
     if (!program || !std::getline(program, firstLine) || !firstLine.starts_with("#!")) return true;
-    std::istringstream words(firstLine.substr(2));
+    std::istringstream scriptLine(firstLine.substr(2));
     std::string interpreter;
-    words >> interpreter;
+    scriptLine >> interpreter;
     return access(interpreter.c_str(), X_OK) == 0;
 }
 

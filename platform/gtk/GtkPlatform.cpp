@@ -73,7 +73,7 @@ class Expiry {
 // In the order of their making; the scheduler goes last.
 struct GtkPlatform::Parts {
     explicit Parts(const GtkPlatformOptions& options)
-        : engine(scheduler, engineOptions(options)),
+        : engine(engineOptions(options)),
           application(scheduler),
           defaults(defaultsFile(options)),
           stage(scheduler, options.safeAreaInsets) {}

@@ -19,8 +19,9 @@ struct GtkPlatformOptions {
     UIEdgeInsets safeAreaInsets = {};
     // Pages keep cookies and caches in memory only.
     bool ephemeralPages = true;
-    // Keeps one web process started ahead of the next checkout, whose page then loads without
-    // waiting for it. Turned off, the first load pays for the start instead.
+    // Keeps one web process at hand for the next checkout, started ahead for the first one, so
+    // that its page loads without waiting for it. It costs the memory of an idle page; turned off,
+    // each checkout waits for a process of its own.
     bool keepsSparePage = true;
 };
 

@@ -7,9 +7,6 @@
 namespace zorvik::platform::gtk {
 namespace {
 
-// Leaves the screen that goes its slide before another process starts.
-constexpr double secondsUntilNextSpare = 1;
-
 ObjectPointer<WebKitNetworkSession> makeSession(const GtkWebEngineOptions& options) {
     ObjectPointer<WebKitNetworkSession> session(
         options.dataFolder.empty()
@@ -25,23 +22,18 @@ ObjectPointer<WebKitNetworkSession> makeSession(const GtkWebEngineOptions& optio
 
 }  // namespace
 
-GtkWebEngine::GtkWebEngine(Scheduler& scheduler, const GtkWebEngineOptions& options)
-    : scheduler_(scheduler),
-      keepsSparePage_(options.keepsSparePage),
+GtkWebEngine::GtkWebEngine(const GtkWebEngineOptions& options)
+    : keepsSparePage_(options.keepsSparePage),
       session_(makeSession(options)),
-      pageGone_(std::make_shared<std::function<void()>>()) {
-    *pageGone_ = [this] {
-        if (!keepsSparePage_ || spare_) return;
-        scheduler_.runOnMainAfter(secondsUntilNextSpare, [this, alive = std::weak_ptr(pageGone_)] {
-            if (!alive.expired() && !spare_) startSparePage();
-        });
-    };
+      pageGoing_(std::make_shared<const PageGoing>([this](WebKitWebView* view) {
+          if (keepsSparePage_ && !spare_) startSparePage(view);
+      })) {
     if (keepsSparePage_) startSparePage();
 }
 
 GtkWebEngine::~GtkWebEngine() = default;
 
-ObjectPointer<WebKitWebView> GtkWebEngine::makeView() {
+ObjectPointer<WebKitWebView> GtkWebEngine::makeView(WebKitWebView* related) {
     ObjectPointer<WebKitSettings> settings(webkit_settings_new());
     // With acceleration a reused web process blocks the main loop for half a second when its view
     // comes on screen.
@@ -49,13 +41,17 @@ ObjectPointer<WebKitWebView> GtkWebEngine::makeView() {
                                                      WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
     webkit_settings_set_enable_developer_extras(settings.get(), FALSE);
     webkit_settings_set_enable_fullscreen(settings.get(), FALSE);
+    // A related view would share the other one's message handlers if it had none of its own.
+    const ObjectPointer<WebKitUserContentManager> content(webkit_user_content_manager_new());
+    const char* origin = related != nullptr ? "related-view" : "network-session";
+    gpointer of = related != nullptr ? static_cast<gpointer>(related) : session_.get();
     return share(
-        WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session_.get(),
-                                     "settings", settings.get(), nullptr)));
+        WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, origin, of, "settings", settings.get(),
+                                     "user-content-manager", content.get(), nullptr)));
 }
 
-void GtkWebEngine::startSparePage() {
-    spare_ = makeView();
+void GtkWebEngine::startSparePage(WebKitWebView* related) {
+    spare_ = makeView(related);
     // The engine starts a view's process at its first load or script, and that start is nearly
     // all of a first load's time.
     webkit_web_view_evaluate_javascript(spare_.get(), "1", 1, nullptr, nullptr, nullptr, nullptr,
@@ -69,7 +65,7 @@ std::unique_ptr<WebPage> GtkWebEngine::makePage(const WebPageConfiguration& conf
     webkit_settings_set_enable_javascript_markup(settings, configuration.allowsContentJavaScript);
     webkit_settings_set_javascript_can_open_windows_automatically(
         settings, configuration.javaScriptCanOpenWindowsAutomatically);
-    return std::make_unique<GtkWebPage>(std::move(view), std::move(delegate), pageGone_);
+    return std::make_unique<GtkWebPage>(std::move(view), std::move(delegate), pageGoing_);
 }
 
 }  // namespace zorvik::platform::gtk

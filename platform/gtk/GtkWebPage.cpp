@@ -58,10 +58,10 @@ class GtkWebPage::PolicyAnswer {
 };
 
 GtkWebPage::GtkWebPage(ObjectPointer<WebKitWebView> view, std::weak_ptr<WebPageDelegate> delegate,
-                       std::weak_ptr<std::function<void()>> gone)
+                       std::weak_ptr<const PageGoing> going)
     : view_(std::move(view)),
       delegate_(std::move(delegate)),
-      gone_(std::move(gone)),
+      going_(std::move(going)),
       self_(std::make_shared<GtkWebPage*>(this)),
       watch_([this] { timedOut(); }) {
     connectSignals();
@@ -75,6 +75,7 @@ GtkWebPage::~GtkWebPage() {
         removeMessageHandler(handlers_.begin()->first);
     webkit_user_content_manager_remove_all_scripts(manager);
     webkit_web_view_stop_loading(view_.get());
+    if (const auto going = going_.lock()) (*going)(view_.get());
     GtkWidget* own = widget();
     if (gtk_widget_get_parent(own) != nullptr) gtk_widget_unparent(own);
 
@@ -87,7 +88,6 @@ GtkWebPage::~GtkWebPage() {
     if (!Environment::isInstalled()) return;
     Environment::scheduler().runOnMain([closing = std::move(closing)] {});
     cancelEvaluations();
-    if (const auto gone = gone_.lock()) (*gone)();
 }
 
 GtkWidget* GtkWebPage::widget() const {

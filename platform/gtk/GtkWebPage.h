@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -20,12 +21,15 @@ typedef struct _WebKitWebView WebKitWebView;
 
 namespace zorvik::platform::gtk {
 
+// Called with the view of a page that goes, while the view can still be used.
+using PageGoing = std::function<void(WebKitWebView* view)>;
+
 // A WebKitGTK view as a page. Owned by the toolkit's web view; main thread only.
 class GtkWebPage : public WebPage {
   public:
-    // `gone` is called at the end when it still exists; it belongs to the engine.
+    // `going` is called at the end when it still exists; it belongs to the engine.
     GtkWebPage(ObjectPointer<WebKitWebView> view, std::weak_ptr<WebPageDelegate> delegate,
-               std::weak_ptr<std::function<void()>> gone);
+               std::weak_ptr<const PageGoing> going);
     ~GtkWebPage() override;
 
     // For the stage to place. Leaves its parent when the page goes.
@@ -74,7 +78,7 @@ class GtkWebPage : public WebPage {
 
     ObjectPointer<WebKitWebView> view_;
     std::weak_ptr<WebPageDelegate> delegate_;
-    std::weak_ptr<std::function<void()>> gone_;
+    std::weak_ptr<const PageGoing> going_;
     Self self_;
 
     LoadState state_ = LoadState::none;

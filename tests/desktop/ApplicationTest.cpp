@@ -57,6 +57,8 @@ TEST_F(ApplicationTest, AnAddressGoesToTheApplicationOfItsScheme) {
     const auto good =
         writeProgram("good", "#!/bin/sh\nprintf %s \"$1\" > '" + received.string() + "'\n");
     install("zorvikgood", good);
+    fs::create_directory(data / "a folder");
+    install("zorvikquoted", '"' + writeProgram("a folder/app", "#!/bin/sh\n").string() + '"');
     install("zorvikfails", writeProgram("fails", "#!/bin/sh\nexit 1\n"));
     install("zorvikmissing", data / "not-there");
     const auto locked = writeProgram("locked", "#!/bin/sh\n");
@@ -71,6 +73,7 @@ TEST_F(ApplicationTest, AnAddressGoesToTheApplicationOfItsScheme) {
     } cases[] = {
         {"zorvikgood://pay?pa=shop@bank&am=1.00&tn=a%20b", true, true},
         {"ZORVIKGOOD:again", true, true},
+        {"zorvikquoted:x", true, true},
         {"zorvikfails:x", true, true},  // it was started; what it does is its own business
         {"zorvikmissing:x", false, false},
         {"zorviklocked:x", false, false},

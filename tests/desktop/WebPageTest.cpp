@@ -1,3 +1,5 @@
+#include <signal.h>
+
 #include "platform/webkit/WKWebView.h"
 #include "tests/desktop/DesktopTest.h"
 #include "tests/desktop/ProcessTree.h"
@@ -239,22 +241,35 @@ class SparePageTest : public WebPageTest {
     const std::vector<pid_t> earlier_;
 };
 
-TEST_F(SparePageTest, TheNextPageTakesTheProcessThatIsThere) {
+TEST_F(SparePageTest, EachPageTakesTheProcessThatIsThereAndAKilledOneIsReplaced) {
     ASSERT_TRUE(waitUntil([&] { return processes().size() == 1; }));
     settle();
     const pid_t ahead = processes().at(0);
     server.replyPage("/page", "");
+    const auto leavePage = [&] {
+        page->removeFromSuperview();
+        page.reset();
+        bool isGone = false;
+        screen->dismiss(false, [&] { isGone = true; });
+        ASSERT_TRUE(waitUntil([&] { return isGone; }));
+    };
+    for (int round = 0; round < 2; ++round) {
+        showPage();
+        load("/page");
+        EXPECT_THAT(delegate->events, ElementsAre("ask /page", "commit", "finish"));
+        EXPECT_THAT(processes(), ElementsAre(ahead));
+        leavePage();
+        settle();
+    }
+
+    showPage();
+    load("/page");
+    kill(ahead, SIGKILL);
+    ASSERT_TRUE(waitUntil([&] { return !page->url(); }));
+    leavePage();
     showPage();
     load("/page");
     EXPECT_THAT(delegate->events, ElementsAre("ask /page", "commit", "finish"));
-    EXPECT_THAT(processes(), ElementsAre(ahead));
-    page->removeFromSuperview();
-    page.reset();
-    EXPECT_TRUE(waitUntil([&] {
-        const auto now = processes();
-        return std::find_if(now.begin(), now.end(), [&](pid_t p) { return p != ahead; }) !=
-               now.end();
-    })) << "a new one waits for the next checkout";
 }
 
 }  // namespace
