@@ -114,7 +114,7 @@ void ZorvikCheckoutSDK::checkout(const std::shared_ptr<UIViewController>& presen
         joined("🔗 Created proxy with delegate: ", platform::description(hostDelegate != nullptr)));
     LogUtil::debugLog(joined("checkout called with options: ", printed(options)));
     LogUtil::debugLog(
-        joined("🔗 Main delegate is nil: ", platform::description(delegate() == nullptr)));
+        joined("🔗 Main delegate is nil: ", platform::description(hostDelegate == nullptr)));
     LogUtil::debugLog(
         joined("🔗 Proxy delegate is nil: ", platform::description(!proxy->hasDelegate())));
 

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "platform/foundation/ProgrammingError.h"
 #include "platform/services/Environment.h"
 
 namespace zorvik::platform {
@@ -14,11 +13,6 @@ void DispatchQueue::async(Task task) const {
     } else {
         scheduler.runInBackground(std::move(task));
     }
-}
-
-void DispatchQueue::asyncAfter(double seconds, Task task) const {
-    if (!isMain_) endOnProgrammingError("asyncAfter is for the main queue only");
-    Environment::scheduler().runOnMainAfter(seconds, std::move(task));
 }
 
 }  // namespace zorvik::platform

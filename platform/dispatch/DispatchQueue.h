@@ -14,8 +14,6 @@ class DispatchQueue {
 
     // Never runs the task inside the call. On the main queue each task has a turn of its own.
     void async(Task task) const;
-    // The same, at the earliest `seconds` from now. Main queue only.
-    void asyncAfter(double seconds, Task task) const;
 
   private:
     explicit DispatchQueue(bool isMain) : isMain_(isMain) {}

@@ -14,27 +14,33 @@
 
 namespace zorvik::contract {
 
+using Events = std::vector<std::string>;
+using Type = ScriptValue::Type;
+
+inline std::string joined(const Events& events) {
+    std::string text;
+    for (const std::string& event : events)
+        text += (text.empty() ? "" : ", ") + event;
+    return text;
+}
+
 // Writes down what a web view tells its delegates, one line a call: "ask /plain", "start",
 // "commit /plain", "finish /plain", "fail early", "fail late", "message string hello",
-// "answer boolean true", "alert hello". Addresses on a server are shortened to their path.
-class Recorder : public WKNavigationDelegate, public WKUIDelegate, public WKScriptMessageHandler {
+//. Addresses on a server are shortened to their path.
+class Recorder : public WKNavigationDelegate, public WKScriptMessageHandler {
   public:
-    std::vector<std::string> events;
-    std::vector<std::string> addresses;  // what the view called its own address at each event
-    // Whether a question is allowed; others are cancelled. holdsQuestions: neither, kept below.
-    std::function<bool(const std::string& path)> allows = [](const auto&) { return true; };
+    Events events;
+    Events addresses;       // what the view called its own address at each event
+    std::string cancelled;  // the question that is cancelled; the others are allowed
     bool holdsQuestions = false;
     std::vector<DecisionHandler> questions;
-    // How panels are answered; nothing set: they are dropped unanswered.
-    std::optional<ScriptPanelAnswer> panelAnswer;
     // Runs at the end of each call, before the answer to a question is given.
     std::function<void(const std::string& event)> onEvent;
 
     static std::string shortened(const std::optional<URL>& url) {
         if (!url) return "none";
         const std::string& text = url->absoluteString();
-        if (!text.starts_with("http://")) return text;
-        return text.substr(std::min(text.find('/', 7), text.size()));
+        return text.starts_with("http://") ? text.substr(text.find('/', 7)) : text;
     }
 
     void webViewDecidePolicyFor(WKWebView& view, const WKNavigationAction& action,
@@ -42,7 +48,8 @@ class Recorder : public WKNavigationDelegate, public WKUIDelegate, public WKScri
         const std::string path = shortened(action.request.url);
         record(view, "ask " + path);
         if (holdsQuestions) return questions.push_back(decide);
-        decide(allows(path) ? WKNavigationActionPolicy::allow : WKNavigationActionPolicy::cancel);
+        decide(path == cancelled ? WKNavigationActionPolicy::cancel
+                                 : WKNavigationActionPolicy::allow);
     }
     void webViewDidStartProvisionalNavigation(WKWebView& view) override { record(view, "start"); }
     void webViewDidCommit(WKWebView& view) override {
@@ -60,34 +67,12 @@ class Recorder : public WKNavigationDelegate, public WKUIDelegate, public WKScri
         record(view, "fail early");
     }
 
-    void webViewRunJavaScriptAlertPanelWithMessage(WKWebView& view, const std::string& message,
-                                                   const std::function<void()>& close) override {
-        record(view, "alert " + message);
-        if (panelAnswer) close();
-    }
-    void webViewRunJavaScriptConfirmPanelWithMessage(
-        WKWebView& view, const std::string& message,
-        const std::function<void(bool)>& answer) override {
-        record(view, "confirm " + message);
-        if (panelAnswer) answer(panelAnswer->confirmed);
-    }
-    void webViewRunJavaScriptTextInputPanelWithPrompt(
-        WKWebView& view, const std::string& prompt, const std::optional<std::string>& defaultText,
-        const std::function<void(const std::optional<std::string>&)>& answer) override {
-        record(view, "prompt " + prompt + " " + defaultText.value_or("none"));
-        if (panelAnswer) answer(panelAnswer->text);
-    }
-
     void userContentControllerDidReceive(WKUserContentController&,
                                          const WKScriptMessage& message) override {
         static const char* const types[] = {"null",   "boolean", "number",
                                             "string", "array",   "object"};
         record(message.name + " " + types[static_cast<int>(message.body.type)] + " " +
                message.body.text);
-    }
-
-    bool has(const std::string& event) const {
-        return std::find(events.begin(), events.end(), event) != events.end();
     }
 
   private:
@@ -104,8 +89,6 @@ class Recorder : public WKNavigationDelegate, public WKUIDelegate, public WKScri
 // A web view in a shown screen, with its recorder.
 class ContractTest : public testing::Test {
   protected:
-    using Events = std::vector<std::string>;
-
     static constexpr double patience = 10;  // seconds; none of it is spent when a test passes
 
     ~ContractTest() override { dropView(); }
@@ -114,28 +97,24 @@ class ContractTest : public testing::Test {
         WKWebViewConfiguration configuration;
         configuration.userContentController->add(std::weak_ptr<WKScriptMessageHandler>(recorder),
                                                  "message");
-        configuration.userContentController->add(std::weak_ptr<WKScriptMessageHandler>(recorder),
-                                                 "answer");
         view = makeOnMainThread<WKWebView>(Rect{0, 0, 300, 300}, configuration);
         view->setNavigationDelegate(recorder);
-        view->setUIDelegate(recorder);
         screen->view()->addSubview(view);
         bool isShown = false;
         screen->setModalPresentationStyle(UIModalPresentationStyle::fullScreen);
         port->presenter()->present(screen, false, [&] { isShown = true; });
-        ASSERT_TRUE(port->spinUntil([&] { return isShown; }, patience));
+        ASSERT_TRUE(waitUntil([&] { return isShown; }));
     }
     void dropView() {
         if (view) view->removeFromSuperview();
         view.reset();
     }
 
-    URLRequest request(const std::string& path, double timeout = 60) {
-        URLRequest result{port->url(path)};
-        result.timeoutInterval = timeout;
-        return result;
+    void load(const std::string& path, double timeout = 60) {
+        URLRequest request{port->url(path)};
+        request.timeoutInterval = timeout;
+        view->load(request);
     }
-    void load(const std::string& path) { view->load(request(path)); }
     // Loads an ordinary page to its end and forgets the events of it.
     void loadPlainPage() {
         load("/plain");
@@ -143,15 +122,44 @@ class ContractTest : public testing::Test {
         recorder->events.clear();
         recorder->addresses.clear();
     }
+    void post(const std::string& text) { port->pagePosts(*view, "message", {Type::string, text}); }
 
+    bool waitUntil(const std::function<bool()>& condition) {
+        return port->spinUntil(condition, patience);
+    }
     bool waitFor(const std::string& event) {
-        return port->spinUntil([&] { return recorder->has(event); }, patience);
+        return waitUntil([&] { return std::ranges::count(recorder->events, event) > 0; });
     }
     // Long enough for what must not come to have come.
     void settle() {
         port->spinUntil([] { return false; }, 0.4);
     }
+    void expectEvents(const std::string& expected) {
+        waitUntil([&] { return joined(recorder->events) == expected; });
+        settle();
+        EXPECT_EQ(joined(recorder->events), expected);
+    }
     std::string address() const { return Recorder::shortened(view->url()); }
+
+    // The view goes inside the report of this event, which is then the last one.
+    void expectViewMayGoAt(const std::string& event, const std::function<void()>& act) {
+        SCOPED_TRACE(event);
+        recorder->events.clear();
+        const std::weak_ptr<WKWebView> ended = view;
+        recorder->onEvent = [&](const std::string& reported) {
+            if (reported == event) dropView();
+        };
+        act();
+        ASSERT_TRUE(waitFor(event));
+        settle();
+        EXPECT_EQ(recorder->events.back(), event);
+        EXPECT_TRUE(ended.expired());
+        recorder->onEvent = nullptr;
+        bool isGone = false;
+        screen->dismiss(false, [&] { isGone = true; });
+        ASSERT_TRUE(waitUntil([&] { return isGone; }));
+        showView();
+    }
 
     const std::unique_ptr<PortUnderTest> port = PortUnderTest::make();
     const std::shared_ptr<Recorder> recorder = std::make_shared<Recorder>();

@@ -9,19 +9,13 @@
 #include "platform/uikit/UIViewController.h"
 #include "platform/webkit/WKWebView.h"
 
-// The contract every port keeps, as tests. The sources of this folder are compiled once for each
-// port, together with one source that implements PortUnderTest for it:
+// The contract every port keeps, as tests: the *Contract.cpp of this folder, compiled once for each
+// port with one source that implements PortUnderTest for it (HeadlessPort.cpp, GtkPort.cpp). Texts
+// of errors are a port's own; everything else a test sees must be the same.
 //
-//   contract_headless = tests/contract/*Contract.cpp + tests/contract/HeadlessPort.cpp
-//   contract_desktop  = tests/contract/*Contract.cpp + tests/desktop/GtkPort.cpp
+// Pages, by path; a real port serves them from a local socket, the headless one scripts them:
 //
-// The tests themselves speak to the toolkit's classes and to this interface only. Texts of errors
-// are a port's own; everything else a test sees must be the same.
-//
-// Pages, by path. A real port serves them from a local socket, the headless one scripts them.
-// Every one that has a body is HTML of its own title, and its scripts are switched on.
-//
-//   /plain  /second  /third      ordinary pages, status 200
+//   /plain  /second              ordinary pages, status 200
 //   /error-500                   status 500 with an HTML body
 //   /redirect-twice              302 to /redirect-once, which is 302 to /plain
 //   /redirect-upi                302 to upi://pay?tr=1
@@ -32,8 +26,7 @@
 //   /slow-forever                the connection is accepted and nothing is ever sent
 //   /slow-body                   headers and the start of a body at once, then nothing, ever
 //
-// Scripts are evaluated as they stand in PageContract.cpp; the headless port answers that
-// list of scripts by a table, the real engine by running them.
+// The headless port answers the scripts of PageContract.cpp by a table, the real engine runs them.
 namespace zorvik::contract {
 
 using namespace zorvik::platform;
@@ -58,13 +51,8 @@ class PortUnderTest {
 
     // window.webkit.messageHandlers.<name>.postMessage(<body>), nothing when the name is unknown.
     virtual void pagePosts(WKWebView& view, const std::string& name, const ScriptValue& body) = 0;
-    // alert, confirm or prompt; then the page posts what the call returned to the handler named
-    // "answer": null after an alert or a cancelled prompt, else the boolean or the string.
-    virtual void pageShowsPanel(WKWebView& view, const ScriptPanel& panel) = 0;
     // location.href = <address>, of another scheme too.
     virtual void pageNavigates(WKWebView& view, const std::string& address) = 0;
-    // location.hash = <fragment>, given without "#".
-    virtual void pageChangesFragment(WKWebView& view, const std::string& fragment) = 0;
     // A sub-frame with this address is added to the page.
     virtual void pageAddsFrame(WKWebView& view, const std::string& address) = 0;
     // The view's web process dies, as by a crash.

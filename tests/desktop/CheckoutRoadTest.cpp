@@ -1,45 +1,132 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 
 #include "core/EventConstants.h"
+#include "core/development/DevelopmentCore.h"
+#include "core/development/EventSink.h"
+#include "platform/dispatch/DispatchQueue.h"
+#include "platform/foundation/Console.h"
 #include "platform/foundation/JSONSerialization.h"
 #include "platform/uikit/UIButton.h"
 #include "platform/uikit/UILabel.h"
-#include "tests/desktop/DesktopCheckout.h"
-#include "tests/desktop/ProcessTree.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/ZorvikShimmerView.h"
+#include "platform/webkit/WKWebView.h"
+#include "tests/desktop/DesktopTest.h"
+#include "tests/support/RawServer.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDK.h"
 
 namespace zorvik::tests {
 namespace {
 
-using platform::Dictionary;
-using platform::UIButton;
-using platform::UILabel;
-using platform::WKWebView;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::IsSupersetOf;
-using ::testing::SizeIs;
-using ::testing::StartsWith;
+using testing::ElementsAre;
 
-TEST(CheckoutRoad, APaymentOnThePageReachesTheHostAndClosesTheScreen) {
-    const auto host = DesktopCheckout::make();
-    host->checkout();
-    ASSERT_TRUE(host->waitForEvent(EventConstants::WEBVIEW_LOADED));
-    const auto page = host->find<WKWebView>();
-    ASSERT_TRUE(host->waitFor([&] { return !page->isHidden(); }));
-    EXPECT_TRUE(host->find<ZorvikShimmerView>()->isHidden());
-    EXPECT_THAT(host->server.requests().front(),
-                StartsWith("GET /checkout?token=" + host->token + " HTTP"));
+struct Host : ZorvikCheckoutSDKDelegate {
+    std::vector<Dictionary> results;
+    void onCheckoutResponse(const Dictionary& data) override { results.push_back(data); }
+};
 
-    host->payWith("%7B%22payload%22%3A%7B%22paid%22%3Atrue%2C%22amount%22%3A1499%7D%7D");
-    ASSERT_TRUE(host->waitFor([&] { return !host->results.empty(); }));
+// The real engine, the development core and a server of checkout pages.
+class CheckoutRoad : public DesktopTest {
+  protected:
+    CheckoutRoad() : DesktopTest(true) {
+        setConsoleSink([this](std::string_view line) { console.emplace_back(line); });
+        server.replyPage("/checkout",
+                         "<script>window.received = []; window.zorvik_web = { UPIIntentAvailable: "
+                         "text => received.push(JSON.parse(text)) };</script>");
+        server.replyPage("/processing", "processing");
+        configure("/checkout?token=%@");
+    }
+    ~CheckoutRoad() override { setConsoleSink({}); }
+
+    void configure(const std::string& path, std::vector<development::DevelopmentUPIApp> apps = {}) {
+        static const auto orders = std::make_shared<development::MemoryOrderBook>();
+        development::Configuration configuration;
+        configuration.webViewViewUrl =
+            path == "/refused" ? server.refusedAddress(path) : server.address(path);
+        configuration.webViewRespCheckUrl = server.address("/response");
+        configuration.upiApps = std::move(apps);
+        configuration.eventSink = events;
+        configuration.orderBook = orders;
+        configuration.runInBackground = [](std::function<void()> task) {
+            DispatchQueue::global(DispatchQueue::QualityOfService::background)
+                .async(std::move(task));
+        };
+        development::DevelopmentCore::shared().configure(std::move(configuration));
+    }
+    // Creates an order, checks it out and waits for the event that ends the load.
+    void checkout(const std::string& event = EventConstants::WEBVIEW_LOADED) {
+        auto& sdk = ZorvikCheckoutSDK::shared();
+        sdk.setDelegate(host);
+        host->results.clear();
+        token.clear();
+        sdk.createOrder(1499, "INR", {}, std::nullopt, [this](const auto& created) {
+            DispatchQueue::main().async(
+                [this, made = created.value()] { token = made.orderToken.value(); });
+        });
+        ASSERT_TRUE(waitUntil([&] { return !token.empty(); }));
+        const auto before = countOf(event);
+        sdk.checkout(presenter, {token, {}, {}, {}, {}});
+        ASSERT_TRUE(waitUntil([&] { return countOf(event) > before && isScreenOpen(); }));
+    }
+    bool waitForEvent(const std::string& name, std::ptrdiff_t times = 1) {
+        return waitUntil([&] { return countOf(name) >= times; });
+    }
+
+    // The value of a script in the checkout page, as text.
+    std::string evaluated(const std::string& script) {
+        std::optional<std::string> text;
+        find<WKWebView>()->evaluateJavaScript(script, [&text](const auto& result) {
+            text = result ? result.value().text : "error: " + result.error().localizedDescription;
+        });
+        waitUntil([&] { return text.has_value(); });
+        return text.value_or("error: no answer");
+    }
+    void goTo(const std::string& address) {
+        const std::string literal = JSONSerialization::data(Value(address)).value();
+        evaluated("setTimeout(() => { location.href = " + literal + " }, 0);0");
+    }
+    // Goes to the response address, as written, and waits for the host to hear of it.
+    void payWith(const std::string& response) {
+        goTo(server.address("/response") + "?response=" + response);
+        ASSERT_TRUE(waitUntil([&] { return !host->results.empty() && !isScreenOpen(); }));
+    }
+
+    bool isScreenOpen() const { return presenter->presentedViewController() != nullptr; }
+    // The first view of a type on the open screen, in the order of the tree.
+    template <class View>
+    std::shared_ptr<View> find(UIView* root = nullptr) const {
+        if (root == nullptr) root = presenter->presentedViewController()->view().get();
+        for (const auto& view : root->subviews()) {
+            if (const auto found = std::dynamic_pointer_cast<View>(view)) return found;
+            if (const auto found = find<View>(view.get())) return found;
+        }
+        return nullptr;
+    }
+    bool isPanelHidden() const { return find<UIButton>()->superview()->isHidden(); }
+    std::vector<std::string> eventNames() const {
+        std::vector<std::string> names;
+        for (const auto& event : events->events())
+            names.push_back(event.eventName);
+        return names;
+    }
+    std::ptrdiff_t countOf(const std::string& name) const {
+        return std::ranges::count(eventNames(), name);
+    }
+
+    RawServer server;
+    std::vector<std::string> console;
+    const std::shared_ptr<development::MemoryEventSink> events =
+        std::make_shared<development::MemoryEventSink>();
+    const std::shared_ptr<Host> host = std::make_shared<Host>();
+    std::string token;
+};
+
+TEST_F(CheckoutRoad, APaymentOnThePageReachesTheHostAndClosesTheScreen) {
+    checkout();
+    ASSERT_TRUE(waitUntil([&] { return !find<WKWebView>()->isHidden(); }));
+    payWith("%7B%22payload%22%3A%7B%22paid%22%3Atrue%2C%22amount%22%3A1499%7D%7D");
     EXPECT_THAT(host->results, ElementsAre(Dictionary{{"paid", true}, {"amount", 1499}}));
-    EXPECT_TRUE(host->waitFor([&] { return !host->isScreenOpen(); }));
 
-    ASSERT_TRUE(host->waitForEvent(EventConstants::PAYMENT_STATUS));
-    auto names = host->eventNames();
+    ASSERT_TRUE(waitForEvent(EventConstants::PAYMENT_STATUS));
+    auto names = eventNames();
     std::erase(names, EventConstants::SDK_INITIALIZED);     // logged in the background,
     std::erase(names, EventConstants::CHECKOUT_INITIATED);  // in no order with the others
     EXPECT_THAT(names,
@@ -47,164 +134,133 @@ TEST(CheckoutRoad, APaymentOnThePageReachesTheHostAndClosesTheScreen) {
                             EventConstants::WEBVIEW_LAUNCH, EventConstants::URL_INTERCEPTED,
                             EventConstants::WEBVIEW_LOADED, EventConstants::PAYMENT_STATUS));
     // The response address was never loaded.
-    EXPECT_THAT(host->server.requests(), SizeIs(1));
+    EXPECT_THAT(server.requests(),
+                ElementsAre(testing::StartsWith("GET /checkout?token=" + token + " HTTP")));
 }
 
-TEST(CheckoutRoad, TheResponseIsReadHoweverThePageWroteIt) {
-    struct Case {
+TEST_F(CheckoutRoad, TheResponseIsReadHoweverThePageWroteIt) {
+    const struct {
         const char* name;
         const char* response;
-        Dictionary received;
+        testing::Matcher<Dictionary> received;
+    } cases[] = {
+        {"JSON with bare braces and quotes", R"({"payload":{"paid":"yes"}})",
+         Dictionary{{"paid", "yes"}}},
+        {"base64 of JSON", "eyJwYXlsb2FkIjp7InBhaWQiOiJ5ZXMifX0=", Dictionary{{"paid", "yes"}}},
+        {"a bare number", "123", Dictionary{}},
+        {"a broken escape", "%7B%zz",
+         testing::Contains(testing::Pair("error", Value("Invalid payment response")))},
     };
-    const Dictionary paid{{"paid", "yes"}};
-    const Case cases[] = {
-        {"JSON with bare braces and quotes", R"({"payload":{"paid":"yes"}})", paid},
-        {"base64 of JSON", "eyJwYXlsb2FkIjp7InBhaWQiOiJ5ZXMifX0=", paid},
-        {"a bare number", "123", {}},
-    };
-    const auto host = DesktopCheckout::make();
-    for (const auto& [name, response, received] : cases) {
-        SCOPED_TRACE(name);
-        host->results.clear();
-        host->checkout();
-        const auto loaded = host->countOf(EventConstants::WEBVIEW_LOADED);
-        ASSERT_TRUE(host->waitForEvent(EventConstants::WEBVIEW_LOADED, loaded + 1));
-        host->payWith(response);
-        ASSERT_TRUE(host->waitFor([&] { return !host->results.empty(); }));
-        EXPECT_THAT(host->results, ElementsAre(received));
-        ASSERT_TRUE(host->waitFor([&] { return !host->isScreenOpen(); }));
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.name);
+        checkout();
+        payWith(row.response);
+        EXPECT_THAT(host->results, ElementsAre(row.received));
     }
-    host->results.clear();
-    host->checkout();
-    ASSERT_TRUE(host->waitForEvent(EventConstants::WEBVIEW_LOADED, 4));
-    host->payWith("%7B%zz");
-    ASSERT_TRUE(host->waitFor([&] { return !host->results.empty(); }));
-    EXPECT_EQ(host->results.front().at("error"), "Invalid payment response");
 }
 
-TEST(CheckoutRoad, ARefusedPortShowsThePanelAndRetryLoadsThePage) {
-    const auto host = DesktopCheckout::make();
-    host->configure(host->server.refusedAddress("/checkout"));
-    host->checkout();
-    ASSERT_TRUE(host->waitForEvent(EventConstants::WEBVIEW_FAILED));
-    const auto retry = host->find<UIButton>();
-    auto& panel = *retry->superview();
-    EXPECT_FALSE(panel.isHidden());
-    EXPECT_EQ(host->find<UILabel>()->text(), "Something went wrong. Please try again.");
-    EXPECT_EQ(host->countOf(EventConstants::WEBVIEW_LOADED), 0U);
-
-    host->configure(host->server.address("/checkout"));
-    retry->sendTouchUpInside();
-    EXPECT_TRUE(panel.isHidden());
-    EXPECT_TRUE(host->waitForEvent(EventConstants::WEBVIEW_LOADED));
-    EXPECT_EQ(host->evaluated("typeof zorvik_web"), "object");
-    EXPECT_TRUE(panel.isHidden());
-    EXPECT_EQ(host->countOf(EventConstants::WEBVIEW_FAILED), 1U);
+TEST_F(CheckoutRoad, ARefusedPortShowsThePanelAndRetryLoadsThePage) {
+    configure("/refused");
+    checkout(EventConstants::WEBVIEW_FAILED);
+    EXPECT_FALSE(isPanelHidden());
+    EXPECT_EQ(find<UILabel>()->text(), "Something went wrong. Please try again.");
+    EXPECT_EQ(countOf(EventConstants::WEBVIEW_LOADED), 0);
+    configure("/checkout");
+    find<UIButton>()->sendTouchUpInside();
+    EXPECT_TRUE(isPanelHidden());
+    EXPECT_TRUE(waitForEvent(EventConstants::WEBVIEW_LOADED));
+    EXPECT_EQ(evaluated("typeof zorvik_web"), "object");
+    EXPECT_TRUE(isPanelHidden());
+    EXPECT_EQ(countOf(EventConstants::WEBVIEW_FAILED), 1);
 }
 
-TEST(CheckoutRoad, ThePageParsesTheAppListAsItWasGiven) {
+TEST_F(CheckoutRoad, ThePageParsesTheAppListAsItWasGiven) {
     const std::string names[] = {
         "O'Neill \"Quick\" Pay",   "back\\slash \\n \\u0041",       "😀 भुगतान 付款",
         "two\nlines\r\tand a tab", std::string("null\0inside", 11), "\u2028separator</script><!--"};
     std::vector<development::DevelopmentUPIApp> apps;
+    Array expected;
     for (const auto& name : names) {
         apps.push_back({{std::nullopt, name, "app." + name, "data:,"}, ""});
-    }
-    apps.push_back({{"code", "A twin", "app." + names[0], std::nullopt}, ""});
-    const auto host = DesktopCheckout::make();
-    host->configure(host->server.address("/checkout"), apps);
-    host->checkout();
-    ASSERT_TRUE(host->waitForEvent(EventConstants::WEBVIEW_LOADED));
-    ASSERT_TRUE(host->waitFor([&] { return host->evaluated("received.length") == "1"; }));
-
-    const auto parsed = platform::JSONSerialization::jsonObject(
-        host->evaluated("JSON.stringify(received[0].UPIApps)"),
-        platform::JSONSerialization::ReadingOptions::none);
-    ASSERT_TRUE(parsed);
-    platform::Array expected;
-    for (const auto& name : names) {
         expected.emplace_back(Dictionary{{"upi_app_name", name},
                                          {"package_name", "app." + name},
                                          {"appiconbase64", "data:,"},
                                          {"upi_app_code", nullptr}});
     }
-    EXPECT_EQ(parsed.value(), platform::Value(expected));
+    apps.push_back({{"code", "A twin", "app." + names[0], std::nullopt}, ""});
+    configure("/checkout", apps);
+    checkout();
+    ASSERT_TRUE(waitUntil([&] { return evaluated("received.length") == "1"; }));
+    const auto parsed = JSONSerialization::jsonObject(
+        evaluated("JSON.stringify(received[0].UPIApps)"), JSONSerialization::ReadingOptions::none);
+    EXPECT_EQ(parsed.value(), Value(expected));
 
     // Another page of the same load is not given the list again.
-    host->evaluated("setTimeout(() => { location.href = '/processing' }, 0);0");
-    ASSERT_TRUE(host->waitForEvent(EventConstants::REDIRECT_URL_HIT));
-    EXPECT_EQ(host->evaluated("typeof received"), "undefined");
+    goTo("/processing");
+    ASSERT_TRUE(waitForEvent(EventConstants::REDIRECT_URL_HIT));
+    EXPECT_EQ(evaluated("typeof received"), "undefined");
 }
 
-TEST(CheckoutRoad, APageThatMisbehavesLosesNothing) {
-    const auto host = DesktopCheckout::make();
-    host->server.replyPage("/wild", R"page(<!doctype html><script>
+TEST_F(CheckoutRoad, APageThatMisbehavesLosesNothing) {
+    server.replyPage("/wild", R"page(<script>
         const post = body => window.webkit.messageHandlers.openUpiIntent.postMessage(body);
         [1, true, null, [1], {a: 1}, 'no json', '{}', '{"url":""}', '['.repeat(100000)].forEach(post);
         alert('hello'); window.answers = [confirm('sure?'), prompt('name?', 'Ada'), prompt('none?')];
         window.open('https://127.0.0.1:9/elsewhere');
         throw new Error('thrown by the page');
         </script>)page");
-    host->configure(host->server.address("/wild"));
-    host->checkout();
-    ASSERT_TRUE(host->waitForEvent(EventConstants::WEBVIEW_LOADED));
-    ASSERT_TRUE(host->waitForEvent(EventConstants::UPI_INTENT_STARTED, 9));
-    EXPECT_EQ(host->evaluated("JSON.stringify(answers)"), R"([true,"Ada",null])");
-    EXPECT_THAT(host->console,
-                IsSupersetOf({"[WEBVIEW] Alert: hello", "[WEBVIEW] Confirm: sure?",
+    configure("/wild");
+    checkout();
+    ASSERT_TRUE(waitForEvent(EventConstants::UPI_INTENT_STARTED, 9));
+    EXPECT_EQ(evaluated("JSON.stringify(answers)"), R"([true,"Ada",null])");
+    EXPECT_THAT(console, testing::IsSupersetOf(
+                             {"[WEBVIEW] Alert: hello", "[WEBVIEW] Confirm: sure?",
                               "[WEBVIEW] Prompt: name?",
                               "[UPI INTENT] Invalid message format - expected string",
                               "[UPI INTENT] Missing required fields: url or packagename"}));
 
     // An address the engine cannot show is an ordinary failed load: Retry is offered.
-    host->evaluated("setTimeout(() => { location.href = 'unheard-of:x' }, 0);0");
-    ASSERT_TRUE(host->waitForEvent(EventConstants::WEBVIEW_FAILED));
-    EXPECT_FALSE(host->find<UIButton>()->superview()->isHidden());
-    host->find<UIButton>()->sendTouchUpInside();
-    ASSERT_TRUE(host->waitForEvent(EventConstants::WEBVIEW_LOADED, 2));
-    host->payWith("%7B%7D");
-    EXPECT_TRUE(host->waitFor([&] { return !host->results.empty(); }));
+    goTo("unheard-of:x");
+    ASSERT_TRUE(waitForEvent(EventConstants::WEBVIEW_FAILED));
+    EXPECT_FALSE(isPanelHidden());
+    find<UIButton>()->sendTouchUpInside();
+    ASSERT_TRUE(waitForEvent(EventConstants::WEBVIEW_LOADED, 2));
+    payWith("%7B%7D");
 }
 
-TEST(CheckoutRoad, AConnectionThatEndsHalfWayIsLoggedAndThePageStays) {
-    const auto host = DesktopCheckout::make();
-    host->server.reply("/half", {"HTTP/1.1 200 OK\r\nContent-Type: text/html\r\n"
-                                 "Content-Length: 90000\r\n\r\n<!doctype html><p>half" +
-                                 std::string(4000, ' ')});
-    host->configure(host->server.address("/half"));
-    host->checkout();
-    ASSERT_TRUE(host->waitForEvent(EventConstants::WEBVIEW_FAILED));
-    EXPECT_TRUE(host->find<UIButton>()->superview()->isHidden());
-    EXPECT_EQ(host->countOf(EventConstants::URL_INTERCEPTED), 1U);
-    EXPECT_EQ(host->countOf(EventConstants::WEBVIEW_LOADED), 0U);
-    EXPECT_THAT(host->results, IsEmpty());
+TEST_F(CheckoutRoad, AConnectionThatEndsHalfWayIsLoggedAndThePageStays) {
+    server.reply("/half",
+                 "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\n"
+                 "Content-Length: 90000\r\n\r\n<!doctype html><p>half" +
+                     std::string(4000, ' '));
+    configure("/half");
+    checkout(EventConstants::WEBVIEW_FAILED);
+    EXPECT_TRUE(isPanelHidden());
+    EXPECT_EQ(countOf(EventConstants::URL_INTERCEPTED), 1);
+    EXPECT_EQ(countOf(EventConstants::WEBVIEW_LOADED), 0);
+    EXPECT_TRUE(host->results.empty());
 }
 
-TEST(CheckoutRoad, AKilledWebProcessLeavesTheScreenAndTheHostMayGoBack) {
-    const auto host = DesktopCheckout::make();
-    host->checkout();
-    ASSERT_TRUE(host->waitForEvent(EventConstants::WEBVIEW_LOADED));
-    for (const pid_t process : descendantsNamed("WebKitWebProcess")) {
+TEST_F(CheckoutRoad, AKilledWebProcessLeavesTheScreenAndTheHostMayGoBack) {
+    checkout();
+    for (const pid_t process : webProcesses())
         kill(process, SIGKILL);
-    }
-    ASSERT_TRUE(host->waitFor([&] { return !host->find<WKWebView>()->url(); }));
-    EXPECT_TRUE(host->isScreenOpen());
+    ASSERT_TRUE(waitUntil([&] { return !find<WKWebView>()->url(); }));
+    EXPECT_TRUE(isScreenOpen());
     // A device back is answered; then the same view loads again.
     ZorvikCheckoutSDK::shared().handleDeviceBackButtonPress();
-    ASSERT_TRUE(host->waitForEvent(EventConstants::BACK_BUTTON_PRESSED, 2));
-    host->find<UIButton>()->sendTouchUpInside();
-    ASSERT_TRUE(host->waitForEvent(EventConstants::WEBVIEW_LOADED, 2));
-    EXPECT_EQ(host->evaluated("typeof zorvik_web"), "object");
+    ASSERT_TRUE(waitForEvent(EventConstants::BACK_BUTTON_PRESSED, 2));
+    find<UIButton>()->sendTouchUpInside();
+    ASSERT_TRUE(waitForEvent(EventConstants::WEBVIEW_LOADED, 2));
+    EXPECT_EQ(evaluated("typeof zorvik_web"), "object");
 }
 
-TEST(CheckoutRoad, AnOpenIdleScreenCausesNoWakeUp) {
-    const auto host = DesktopCheckout::make();
-    host->checkout();
-    ASSERT_TRUE(host->waitForEvent(EventConstants::WEBVIEW_LOADED));
-    host->goOnFor(2);  // the fades and the slide are over by then
-    const auto before = host->platform->wakeUps();
-    host->goOnFor(3);
-    EXPECT_EQ(host->platform->wakeUps(), before);
+TEST_F(CheckoutRoad, AnOpenIdleScreenCausesNoWakeUp) {
+    checkout();
+    settle(2);  // the fades and the slide are over by then
+    const auto before = platform->wakeUps();
+    settle(3);
+    EXPECT_EQ(platform->wakeUps(), before);
 }
 
 }  // namespace

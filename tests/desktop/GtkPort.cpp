@@ -1,9 +1,8 @@
 #include <signal.h>
 
 #include "platform/foundation/JSONSerialization.h"
-#include "platform/gtk/GtkPlatform.h"
 #include "tests/contract/PortUnderTest.h"
-#include "tests/desktop/ProcessTree.h"
+#include "tests/desktop/DesktopTest.h"
 #include "tests/support/RawServer.h"
 
 namespace zorvik::contract {
@@ -13,21 +12,24 @@ namespace {
 using tests::RawServer;
 
 void addPages(RawServer& server) {
-    for (const std::string path : {"/plain", "/second", "/third"})
+    for (const std::string path : {"/plain", "/second"})
         server.replyPage(path, path);
-    server.reply("/error-500", {RawServer::response("500 Internal Server Error", "<p>Sorry")});
-    server.replyRedirect("/redirect-twice", "/redirect-once");
-    server.replyRedirect("/redirect-once", "/plain");
-    server.replyRedirect("/redirect-upi", "upi://pay?tr=1");
-    server.reply("/closes-before-headers", {});
-    server.reply("/no-content", {"HTTP/1.1 204 No Content\r\nConnection: close\r\n\r\n"});
+    server.reply("/error-500", RawServer::response("500 Internal Server Error", "<p>Sorry"));
+    for (const auto& [path, target] : {std::pair{"/redirect-twice", "/redirect-once"},
+                                       {"/redirect-once", "/plain"},
+                                       {"/redirect-upi", "upi://pay?tr=1"}}) {
+        const std::string location = std::string("Location: ") + target + "\r\n";
+        server.reply(path, RawServer::response("302 Found", "", location));
+    }
+    server.reply("/closes-before-headers", "");
+    server.reply("/no-content", "HTTP/1.1 204 No Content\r\nConnection: close\r\n\r\n");
     const std::string half =
         "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 100000\r\n\r\n"
         "<!doctype html><title>half</title><body>" +
         std::string(2000, ' ');
-    server.reply("/closes-half-way", {half});
-    server.reply("/slow-forever", {"", RawServer::Afterwards::holdOpen});
-    server.reply("/slow-body", {half, RawServer::Afterwards::holdOpen});
+    server.reply("/closes-half-way", half);
+    server.reply("/slow-forever", "", true);
+    server.reply("/slow-body", half, true);
 }
 
 std::string literal(const std::string& text) {
@@ -36,11 +38,7 @@ std::string literal(const std::string& text) {
 
 class GtkPort : public PortUnderTest {
   public:
-    GtkPort() {
-        addPages(server_);
-        window_ = platform_->openWindow("contract", {390, 700});
-        presenter_ = platform_->presenterFor(window_);
-    }
+    GtkPort() { addPages(server_); }
 
     URL url(const std::string& path) override {
         const bool isRefused = path == "/refused";
@@ -57,33 +55,15 @@ class GtkPort : public PortUnderTest {
         run(view, "const h = window.webkit.messageHandlers[" + literal(name) +
                       "]; if (h) h.postMessage(" + text + ");");
     }
-    void pageShowsPanel(WKWebView& view, const ScriptPanel& panel) override {
-        std::string call;
-        switch (panel.kind) {
-            case ScriptPanel::Kind::alert:
-                call = "(alert(" + literal(panel.message) + "), null)";
-                break;
-            case ScriptPanel::Kind::confirm:
-                call = "confirm(" + literal(panel.message) + ")";
-                break;
-            case ScriptPanel::Kind::prompt:
-                call = "prompt(" + literal(panel.message) +
-                       (panel.defaultText ? ", " + literal(*panel.defaultText) : "") + ")";
-        }
-        run(view, "window.webkit.messageHandlers.answer.postMessage(" + call + ")");
-    }
     void pageNavigates(WKWebView& view, const std::string& address) override {
         run(view, "location.href = " + literal(address));
-    }
-    void pageChangesFragment(WKWebView& view, const std::string& fragment) override {
-        run(view, "location.hash = " + literal(fragment));
     }
     void pageAddsFrame(WKWebView& view, const std::string& address) override {
         run(view, "const f = document.createElement('iframe'); f.src = " + literal(address) +
                       "; document.body.appendChild(f)");
     }
     void killWebProcess(WKWebView&) override {
-        for (const pid_t process : tests::descendantsNamed("WebKitWebProcess")) {
+        for (const pid_t process : tests::webProcesses()) {
             kill(process, SIGKILL);
         }
     }
@@ -98,8 +78,8 @@ class GtkPort : public PortUnderTest {
     // Without a page ahead, so that every web process there is belongs to the test's own view.
     const std::unique_ptr<gtk::GtkPlatform> platform_ =
         gtk::GtkPlatform::make({.applicationId = "contract", .keepsSparePage = false});
-    GtkWindow* window_ = nullptr;
-    std::shared_ptr<UIViewController> presenter_;
+    const std::shared_ptr<UIViewController> presenter_ =
+        platform_->presenterFor(platform_->openWindow("contract", {390, 700}));
 };
 
 }  // namespace

@@ -2,9 +2,10 @@
 // the real engine, under a window manager, with the demonstration's automatic customer.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -25,7 +26,8 @@ class DemoRun {
   public:
     explicit DemoRun(const std::string& scenario) {
         const std::string pictures =
-            std::filesystem::temp_directory_path() / ("zorvik-hand-off-" + scenario);
+            std::filesystem::temp_directory_path() /
+            ("zorvik-hand-off-" + std::to_string(getpid()) + "-" + scenario);
         std::filesystem::create_directories(pictures);
         const std::string command =
             "ZORVIK_DEMO_IS_READY=1 ZORVIK_DEMO_PROGRAMS='" ZORVIK_DEMO_PROGRAMS

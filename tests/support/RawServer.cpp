@@ -5,13 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <string_view>
-#include <utility>
+#include <sstream>
 
 namespace zorvik::tests {
 namespace {
@@ -24,21 +18,10 @@ int bindSocket(std::uint16_t& port) {
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
     auto* generic = reinterpret_cast<sockaddr*>(&address);
-    if (number < 0 || bind(number, generic, size) != 0 ||
-        getsockname(number, generic, &size) != 0) {
-        std::perror("RawServer");
-        std::abort();
-    }
+    bind(number, generic, size);
+    getsockname(number, generic, &size);
     port = ntohs(address.sin_port);
     return number;
-}
-
-void sendAll(int connection, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (count <= 0) return;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
 }
 
 }  // namespace
@@ -63,31 +46,9 @@ RawServer::~RawServer() {
     close(refusing_);
 }
 
-void RawServer::reply(const std::string& path, Reply reply) {
+void RawServer::reply(const std::string& path, const std::string& bytes, bool holdsOpen) {
     const std::scoped_lock lock(mutex_);
-    replies_[path] = std::move(reply);
-}
-
-void RawServer::replyPage(const std::string& path, const std::string& body) {
-    reply(path, {response("200 OK", "<!doctype html><meta charset=utf-8><title>" + path +
-                                        "</title><body>" + body)});
-}
-
-void RawServer::replyRedirect(const std::string& path, const std::string& target) {
-    reply(path, {response("302 Found", "", "Location: " + target + "\r\n")});
-}
-
-std::string RawServer::address(const std::string& path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + path;
-}
-
-std::string RawServer::refusedAddress(const std::string& path) const {
-    return "http://127.0.0.1:" + std::to_string(refusedPort_) + path;
-}
-
-std::vector<std::string> RawServer::requests() const {
-    const std::scoped_lock lock(mutex_);
-    return requests_;
+    replies_[path] = {bytes, holdsOpen};
 }
 
 std::string RawServer::response(const std::string& status, const std::string& body,
@@ -117,28 +78,19 @@ void RawServer::serve(int connection) {
         const ssize_t count = recv(connection, buffer, sizeof buffer, 0);
         if (count <= 0) break;
         request.append(buffer, static_cast<std::size_t>(count));
-        if (std::isalpha(static_cast<unsigned char>(request[0])) == 0) break;  // no HTTP
+        if (request[0] < 'A') break;  // no HTTP
     }
-    const auto start = request.find(' ');
-    const auto end = start == std::string::npos ? start : request.find(' ', start + 1);
-    Reply answer{response("404 Not Found", "")};
-    if (end != std::string::npos) {
+    std::pair<std::string, bool> answer{response("404 Not Found", ""), false};
+    std::string path;
+    if (std::istringstream(request).ignore(9, ' ') >> path && request.ends_with("\r\n\r\n")) {
         const std::scoped_lock lock(mutex_);
         requests_.push_back(request);
-        std::string path = request.substr(start + 1, end - start - 1);
-        path.resize(std::min(path.size(), path.find('?')));
-        const auto found = replies_.find(path);
+        const auto found = replies_.find(path.substr(0, path.find('?')));
         if (found != replies_.end()) answer = found->second;
+        send(connection, answer.first.data(), answer.first.size(), MSG_NOSIGNAL);
     }
-    if (end != std::string::npos) sendAll(connection, answer.bytes);
-    for (const std::string& piece : answer.pieces) {
-        std::this_thread::sleep_for(std::chrono::duration<double>(answer.secondsBetween));
-        sendAll(connection, piece);
-    }
-    if (answer.afterwards == Afterwards::holdOpen) {
-        while (recv(connection, buffer, sizeof buffer, 0) > 0)
-            continue;
-    }
+    while (answer.second && recv(connection, buffer, sizeof buffer, 0) > 0)
+        continue;
     const std::scoped_lock lock(mutex_);
     std::erase(connections_, connection);
     close(connection);

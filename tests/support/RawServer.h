@@ -5,6 +5,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace zorvik::tests {
@@ -13,33 +14,30 @@ namespace zorvik::tests {
 // replies are bytes. Threads of its own from construction to destruction.
 class RawServer {
   public:
-    enum class Afterwards { close, holdOpen };
-
-    struct Reply {
-        std::string bytes;
-        Afterwards afterwards = Afterwards::close;
-        // More bytes, each piece this long after the one before.
-        std::vector<std::string> pieces = {};
-        double secondsBetween = 0;
-    };
-
     RawServer();
     RawServer(const RawServer&) = delete;
     RawServer& operator=(const RawServer&) = delete;
     ~RawServer();
 
     // What a request for this path is answered with; without a reply it is 404.
-    void reply(const std::string& path, Reply reply);
-    void replyPage(const std::string& path, const std::string& body);
-    void replyRedirect(const std::string& path, const std::string& target);
+    void reply(const std::string& path, const std::string& bytes, bool holdsOpen = false);
+    void replyPage(const std::string& path, const std::string& body) {
+        reply(path, response("200 OK", "<!doctype html><meta charset=utf-8><body>" + body));
+    }
 
-    std::string address(const std::string& path) const;
+    std::string address(const std::string& path) const {
+        return "http://127.0.0.1:" + std::to_string(port_) + path;
+    }
     // Nobody listens there as long as the server exists.
-    std::string refusedAddress(const std::string& path) const;
+    std::string refusedAddress(const std::string& path) const {
+        return "http://127.0.0.1:" + std::to_string(refusedPort_) + path;
+    }
     // The request lines and headers so far, in order of arrival.
-    std::vector<std::string> requests() const;
+    std::vector<std::string> requests() const {
+        const std::scoped_lock lock(mutex_);
+        return requests_;
+    }
 
-    // An ordinary answer with its length.
     static std::string response(const std::string& status, const std::string& body,
                                 const std::string& headers = "");
 
@@ -52,10 +50,9 @@ class RawServer {
     std::uint16_t refusedPort_ = 0;
     const int listener_;
     const int refusing_;
-
     mutable std::mutex mutex_;
     bool isStopping_ = false;
-    std::map<std::string, Reply> replies_;
+    std::map<std::string, std::pair<std::string, bool>> replies_;
     std::vector<std::string> requests_;
     std::vector<int> connections_;
     std::vector<std::thread> threads_;
