@@ -11,7 +11,6 @@ namespace zorvik {
 using platform::Array;
 using platform::description;
 using platform::Dictionary;
-using platform::Error;
 using platform::Result;
 using platform::Value;
 

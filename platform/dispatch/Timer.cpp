@@ -21,7 +21,7 @@ struct Timer::Pending {
 
 std::shared_ptr<Timer> Timer::scheduledTimer(double seconds, std::function<void()> block) {
     assertMainThread();
-    const std::shared_ptr<Timer> timer(new Timer);
+    std::shared_ptr<Timer> timer(new Timer);
     auto pending = std::make_shared<Pending>(timer, std::move(block));
     timer->taskId_ = Environment::scheduler().runOnMainAfter(seconds, [pending] {
         pending->timer->taskId_.reset();
