@@ -8,9 +8,9 @@
 
 #include "core/EventConstants.h"
 #include "core/development/DevelopmentCore.h"
-#include "platform/dispatch/DispatchQueue.h"
 #include "platform/foundation/Console.h"
 #include "platform/gtk/GtkPlatform.h"
+#include "platform/runtime/DispatchQueue.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDK.h"
 
 namespace {

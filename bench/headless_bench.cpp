@@ -11,11 +11,11 @@
 
 #include "core/development/DevelopmentCore.h"
 #include "core/development/OrderToken.h"
-#include "platform/dispatch/DispatchQueue.h"
 #include "platform/foundation/Console.h"
 #include "platform/foundation/Data.h"
 #include "platform/foundation/JSONSerialization.h"
 #include "platform/headless/HeadlessPlatform.h"
+#include "platform/runtime/DispatchQueue.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDK.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
 

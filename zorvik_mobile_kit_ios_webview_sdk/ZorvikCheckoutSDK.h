@@ -9,7 +9,7 @@
 #include "core/UPIAppsVO.h"
 #include "core/ZorvikCheckoutOptions.h"
 #include "core/ZorvikCoreApiSDK.h"
-#include "platform/dispatch/Guarded.h"
+#include "platform/runtime/Guarded.h"
 #include "platform/uikit/UIViewController.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutDelegates.h"
 

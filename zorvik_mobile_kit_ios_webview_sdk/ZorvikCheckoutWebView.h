@@ -9,7 +9,7 @@
 #include "core/OrderRecords.h"
 #include "core/UPIAppsVO.h"
 #include "core/ZorvikCheckoutOptions.h"
-#include "platform/dispatch/Guarded.h"
+#include "platform/runtime/Guarded.h"
 #include "platform/uikit/UIActivityIndicatorView.h"
 #include "platform/uikit/UIButton.h"
 #include "platform/uikit/UILabel.h"

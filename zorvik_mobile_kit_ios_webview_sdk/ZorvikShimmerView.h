@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "platform/dispatch/Timer.h"
+#include "platform/runtime/Timer.h"
 #include "platform/uikit/UIScrollView.h"
 #include "platform/uikit/UIView.h"
 

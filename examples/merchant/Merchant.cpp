@@ -8,8 +8,8 @@
 #include "examples/common/HttpClient.h"
 #include "examples/merchant/HttpOrderBook.h"
 #include "examples/merchant/Journal.h"
-#include "platform/dispatch/DispatchQueue.h"
-#include "platform/uikit/UserDefaults.h"
+#include "platform/runtime/DispatchQueue.h"
+#include "platform/runtime/UserDefaults.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDK.h"
 
 namespace zorvik::demo {

@@ -15,7 +15,7 @@
 #include "platform/gtk/GtkStage.h"
 #include "platform/gtk/GtkWebEngine.h"
 #include "platform/gtk/ObjectPointer.h"
-#include "platform/services/Environment.h"
+#include "platform/runtime/Environment.h"
 
 namespace zorvik::platform::gtk {
 namespace {

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/uikit/Geometry.h"
+#include "platform/foundation/Geometry.h"
 #include "platform/uikit/UIViewController.h"
 
 typedef struct _GtkWindow GtkWindow;  // GTK's own declaration, so that this header needs no GTK

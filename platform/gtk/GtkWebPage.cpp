@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/gtk/WebPageError.h"
-#include "platform/services/Environment.h"
+#include "platform/runtime/Environment.h"
 
 namespace zorvik::platform::gtk {
 namespace {

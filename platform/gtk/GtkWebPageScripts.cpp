@@ -6,7 +6,7 @@
 #include "platform/gtk/GtkWebPage.h"
 #include "platform/gtk/ScriptValues.h"
 #include "platform/gtk/WebPageError.h"
-#include "platform/services/Environment.h"
+#include "platform/runtime/Environment.h"
 
 namespace zorvik::platform::gtk {
 

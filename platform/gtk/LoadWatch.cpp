@@ -1,6 +1,6 @@
 #include "platform/gtk/LoadWatch.h"
 
-#include "platform/services/Environment.h"
+#include "platform/runtime/Environment.h"
 
 namespace zorvik::platform::gtk {
 

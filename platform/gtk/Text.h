@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "platform/uikit/Geometry.h"
+#include "platform/foundation/Geometry.h"
 #include "platform/uikit/UIColor.h"
 
 // How this port sets text: sizes in points that are layout units, the theme's own typeface.

@@ -2,7 +2,7 @@
 
 #include <gtk/gtk.h>
 
-#include "platform/uikit/Geometry.h"
+#include "platform/foundation/Geometry.h"
 #include "platform/uikit/UIColor.h"
 
 // The two widgets a screen is made of. They place what they are given and know no views.

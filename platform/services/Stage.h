@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/uikit/Geometry.h"
+#include "platform/foundation/Geometry.h"
 
 namespace zorvik::platform {
 

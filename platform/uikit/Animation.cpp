@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/services/Environment.h"
+#include "platform/runtime/Environment.h"
 #include "platform/uikit/UIView.h"
 
 namespace zorvik::platform {

@@ -5,7 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/dispatch/MainThread.h"
+#include "platform/runtime/MainThread.h"
 #include "platform/uikit/LinearSystem.h"
 #include "platform/uikit/UIScrollView.h"
 

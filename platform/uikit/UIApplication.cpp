@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "platform/dispatch/MainThread.h"
-#include "platform/services/Environment.h"
-#include "platform/uikit/NotificationCenter.h"
+#include "platform/runtime/Environment.h"
+#include "platform/runtime/MainThread.h"
+#include "platform/runtime/NotificationCenter.h"
 
 namespace zorvik::platform {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/services/Environment.h"
+#include "platform/runtime/Environment.h"
 
 namespace zorvik::platform {
 

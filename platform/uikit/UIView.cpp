@@ -4,7 +4,7 @@
 #include <cassert>
 #include <utility>
 
-#include "platform/services/Environment.h"
+#include "platform/runtime/Environment.h"
 #include "platform/uikit/Animation.h"
 
 namespace zorvik::platform {

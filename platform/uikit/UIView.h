@@ -5,8 +5,8 @@
 #include <optional>
 #include <vector>
 
-#include "platform/dispatch/MainThread.h"
-#include "platform/uikit/Geometry.h"
+#include "platform/foundation/Geometry.h"
+#include "platform/runtime/MainThread.h"
 #include "platform/uikit/NSLayoutConstraint.h"
 #include "platform/uikit/UIColor.h"
 

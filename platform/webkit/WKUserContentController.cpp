@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/dispatch/MainThread.h"
+#include "platform/runtime/MainThread.h"
 
 namespace zorvik::platform {
 

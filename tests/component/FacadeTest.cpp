@@ -1,4 +1,4 @@
-#include "platform/services/Environment.h"
+#include "platform/runtime/Environment.h"
 #include "tests/component/CheckoutFixture.h"
 
 namespace zorvik {

@@ -1,5 +1,5 @@
 #include "tests/component/CheckoutFixture.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDKDelegateObjCProxy.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/facade/ZorvikCheckoutSDKDelegateObjCProxy.h"
 
 namespace zorvik {
 namespace {

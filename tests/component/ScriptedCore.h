@@ -14,7 +14,7 @@
 #include "core/ZorvikCoreApiSDK.h"
 #include "platform/foundation/Data.h"
 #include "platform/foundation/Value.h"
-#include "platform/services/Environment.h"
+#include "platform/runtime/Environment.h"
 
 namespace zorvik {
 

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/dispatch/DispatchQueue.h"
+#include "platform/runtime/DispatchQueue.h"
 #include "tests/contract/PortUnderTest.h"
 
 namespace zorvik::contract {

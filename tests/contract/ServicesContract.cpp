@@ -1,5 +1,5 @@
-#include "platform/dispatch/Timer.h"
-#include "platform/uikit/UserDefaults.h"
+#include "platform/runtime/Timer.h"
+#include "platform/runtime/UserDefaults.h"
 #include "tests/contract/ContractTest.h"
 
 namespace zorvik::contract {

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/headless/HeadlessPlatform.h"
-#include "platform/services/Environment.h"
+#include "platform/runtime/Environment.h"
 
 namespace zorvik::platform {
 

@@ -1,0 +1,11 @@
+#include "platform/runtime/Clock.h"
+
+#include "platform/runtime/Environment.h"
+
+namespace zorvik::platform {
+
+Date currentDate() {
+    return Date{Environment::scheduler().wallSeconds()};
+}
+
+}  // namespace zorvik::platform

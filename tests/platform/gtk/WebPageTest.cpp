@@ -1,0 +1,134 @@
+#include <signal.h>
+
+#include "platform/webkit/WKWebView.h"
+#include "tests/contract/ContractTest.h"
+#include "tests/platform/gtk/GtkPortTest.h"
+#include "tests/support/RawServer.h"
+
+namespace zorvik::tests {
+namespace {
+
+using testing::ElementsAre;
+
+class WebPageTest : public GtkPortTest {
+  protected:
+    explicit WebPageTest(bool keepsSparePage = false) : GtkPortTest(keepsSparePage) {
+        server.replyPage("/page", "<a id=a target=_blank href=/link>link</a>");
+    }
+
+    void showPage() {
+        WKWebViewConfiguration configuration;
+        configuration.preferences.javaScriptCanOpenWindowsAutomatically = true;
+        page = makeOnMainThread<WKWebView>(Rect{0, 0, 400, 300}, configuration);
+        page->setNavigationDelegate(delegate);
+        screen->view()->addSubview(page);
+        show(screen);
+    }
+    void leavePage() {
+        page->removeFromSuperview();
+        page.reset();
+        dismiss(screen);
+    }
+    // How a load ended.
+    std::string load(const std::string& address) {
+        delegate->events.clear();
+        page->load({*URL::parse(address)});
+        EXPECT_TRUE(waitUntil([&] {
+            return !delegate->events.empty() && (delegate->events.back().starts_with("finish ") ||
+                                                 delegate->events.back() == "fail early");
+        })) << address;
+        settle(0.2);
+        return delegate->events.back();
+    }
+
+    RawServer server;
+    const std::shared_ptr<contract::Recorder> delegate = std::make_shared<contract::Recorder>();
+    std::shared_ptr<WKWebView> page;
+};
+
+TEST_F(WebPageTest, ANewWindowIsAskedForOnceAndNeverOpens) {
+    showPage();
+    load(server.address("/page"));
+    for (const auto& [script, question] :
+         {std::pair<std::string, std::string>{"window.open('/opened')", "ask /opened"},
+          {"document.getElementById('a').click()", "ask /link"}}) {
+        delegate->events.clear();
+        page->evaluateJavaScript(script, {});
+        settle(0.6);
+        EXPECT_THAT(delegate->events, ElementsAre(question));
+    }
+    EXPECT_EQ(page->url()->absoluteString(), server.address("/page"));
+    EXPECT_EQ(server.requests().size(), 1u);
+}
+
+TEST_F(WebPageTest, WhatAServerMaySendInsteadOfAPageEndsClearly) {
+    server.reply("/protected", RawServer::response("401 Unauthorized", "<p>Who?",
+                                                   "WWW-Authenticate: Basic realm=x\r\n"));
+    server.reply("/garbage", "this is no HTTP\r\n\r\n");
+    showPage();
+    const struct {
+        const char* name;
+        std::string address;
+        std::string end;
+    } cases[] = {
+        {"a question for a password", server.address("/protected"), "finish /protected"},
+        {"no HTTP", server.address("/garbage"), "fail early"},
+        {"no TLS", "https" + server.address("/secret").substr(4), "fail early"},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(load(row.address), row.end) << row.name;
+    }
+}
+
+TEST_F(WebPageTest, CookiesAreSharedAmongPagesAndEndWithThePlatform) {
+    server.reply("/set", RawServer::response("200 OK", "", "Set-Cookie: a=1; Max-Age=999\r\n"));
+    showPage();
+    load(server.address("/set"));
+    leavePage();
+    showPage();
+    load(server.address("/page"));
+    EXPECT_THAT(server.requests().back(), testing::HasSubstr("Cookie: a=1"));
+    EXPECT_FALSE(
+        std::filesystem::exists(std::string(std::getenv("XDG_DATA_HOME")) + "/zorvik-test"));
+}
+
+class SparePageTest : public WebPageTest {
+  protected:
+    SparePageTest() : SparePageTest(webProcesses()) {}
+
+    // The web processes of this test alone: the engine lets go of earlier ones in its own time.
+    std::vector<pid_t> processes() const {
+        std::vector<pid_t> result = webProcesses();
+        std::erase_if(result, [this](pid_t process) {
+            return std::ranges::find(earlier_, process) != earlier_.end();
+        });
+        return result;
+    }
+
+  private:
+    explicit SparePageTest(std::vector<pid_t> earlier)
+        : WebPageTest(true), earlier_(std::move(earlier)) {}
+
+    const std::vector<pid_t> earlier_;
+};
+
+TEST_F(SparePageTest, EachPageTakesTheProcessThatIsThereAndAKilledOneIsReplaced) {
+    ASSERT_TRUE(waitUntil([&] { return processes().size() == 1; }));
+    settle();
+    const pid_t ahead = processes().at(0);
+    for (int round = 0; round < 4; ++round) {
+        showPage();
+        EXPECT_EQ(load(server.address("/page")), "finish /page");
+        if (round == 3) break;
+        EXPECT_THAT(processes(), ElementsAre(ahead));
+        if (round == 2) {
+            kill(ahead, SIGKILL);
+            ASSERT_TRUE(waitUntil([&] { return !page->url(); }));
+        }
+        leavePage();
+        settle();
+    }
+}
+
+}  // namespace
+}  // namespace zorvik::tests

@@ -1,0 +1,63 @@
+#include "platform/runtime/Environment.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "platform/headless/HeadlessPlatform.h"
+#include "platform/runtime/DispatchQueue.h"
+#include "platform/runtime/MainThread.h"
+#include "platform/runtime/Timer.h"
+#include "platform/runtime/UserDefaults.h"
+#include "platform/uikit/UIViewController.h"
+
+namespace zorvik::platform {
+namespace {
+
+using headless::HeadlessPlatform;
+using ThreadLog = std::vector<std::thread::id>;
+
+// Uses the port in force, if any, and notes its thread when it is destroyed.
+struct Recorder : UIViewController {
+    explicit Recorder(ThreadLog& destructionLog, bool use = false)
+        : log(destructionLog), usesPort(use) {}
+    ~Recorder() override {
+        log.push_back(std::this_thread::get_id());
+        if (!usesPort) return;
+        UserDefaults::standard().removeObject("key");
+        DispatchQueue::main().async([last = makeOnMainThread<Recorder>(log)] { FAIL(); });
+    }
+
+    ThreadLog& log;
+    bool usesPort;
+};
+
+TEST(EnvironmentDeathTest, OnePortIsInForceFromItsConstructionToItsDestruction) {
+    EXPECT_DEATH(Environment::scheduler(), "no port is installed");
+    std::make_unique<HeadlessPlatform>().reset();
+    EXPECT_FALSE(Environment::isInstalled());
+    const HeadlessPlatform platform;
+    EXPECT_DEATH(const HeadlessPlatform second, "installed already");
+}
+
+TEST(EnvironmentTest, AnObjectIsDestroyedOnTheMainThreadAndMayStillUseThePort) {
+    ThreadLog log;
+    {
+        HeadlessPlatform platform(headless::HeadlessScheduler::Background::threads);
+        const auto make = [&log] { return makeOnMainThread<Recorder>(log, true); };
+        const auto global = DispatchQueue::global(DispatchQueue::QualityOfService::background);
+        UIViewController presenter;
+        platform.stage().show(make(), presenter, false, {});
+        global.async([object = makeOnMainThread<Recorder>(log)] {});
+        platform.scheduler().settle();
+        EXPECT_EQ(log.size(), 1U) << "the screen is shown";
+        DispatchQueue::main().async([object = make()] { FAIL(); });
+        Timer::scheduledTimer(1, [object = make()] { FAIL(); });
+        global.async([object = make()] {});
+    }
+    makeOnMainThread<Recorder>(log).reset();
+    EXPECT_EQ(log, ThreadLog(10, std::this_thread::get_id()));
+}
+
+}  // namespace
+}  // namespace zorvik::platform

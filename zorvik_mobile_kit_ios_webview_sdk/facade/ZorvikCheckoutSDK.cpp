@@ -1,0 +1,213 @@
+#include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDK.h"
+
+#include <utility>
+
+#include "core/APIUtils.h"
+#include "core/EventConstants.h"
+#include "core/EventLogging.h"
+#include "core/ZorvikUPIAppDetector.h"
+#include "platform/runtime/DispatchQueue.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/LogUtil.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/SDKVersion.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/facade/ZorvikCheckoutSDKDelegateObjCProxy.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/shared/CheckoutEvents.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/shared/ErrorPayload.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/shared/Text.h"
+
+namespace zorvik {
+
+using platform::Array;
+using platform::Dictionary;
+using platform::DispatchQueue;
+using platform::Error;
+using platform::Result;
+using platform::UIViewController;
+using platform::Value;
+
+namespace {
+
+std::string printed(const std::optional<std::string>& text) {
+    return text.value_or("nil");
+}
+
+std::string printed(const ZorvikCheckoutOptions& options) {
+    return joined("orderToken: ", printed(options.orderToken),
+                  ", walletCode: ", printed(options.walletCode),
+                  ", paymentFlow: ", printed(options.paymentFlow),
+                  ", paymentModeCode: ", printed(options.paymentModeCode),
+                  ", bankCode: ", printed(options.bankCode));
+}
+
+std::string version() {
+    return std::string(SDKVersion::version);
+}
+
+Array appNames(const std::vector<UPIAppsVO>& apps) {
+    Array names;
+    names.reserve(apps.size());
+    for (const auto& app : apps) {
+        names.emplace_back(app.upiAppName.value_or("Unknown"));
+    }
+    return names;
+}
+
+}  // namespace
+
+// What the completions of one checkout carry from step to step: all held strongly, the facade
+// alone weakly.
+struct ZorvikCheckoutSDK::Checkout {
+    std::string orderId;
+    std::string token;
+    ZorvikCheckoutOptions options;
+    std::shared_ptr<ZorvikCheckoutSDKDelegateObjCProxy> proxy;
+    std::shared_ptr<UIViewController> presenter;
+    std::weak_ptr<ZorvikCheckoutSDK> facade;
+};
+
+ZorvikCheckoutSDK& ZorvikCheckoutSDK::shared() {
+    // Never destroyed, so that completions that arrive while the process ends still find it.
+    static auto& instance = *[] {
+        auto* owner = new std::shared_ptr<ZorvikCheckoutSDK>(new ZorvikCheckoutSDK);
+        inBackground([] {
+            logEvent(EventConstants::SDK_INITIALIZED,
+                     {{"platform", "ios"}, {"sdk_version", version()}});
+        });
+        return owner;
+    }();
+    return *instance;
+}
+
+std::shared_ptr<ZorvikCheckoutSDKDelegate> ZorvikCheckoutSDK::delegate() const {
+    return delegate_.get().lock();
+}
+
+void ZorvikCheckoutSDK::setDelegate(const std::weak_ptr<ZorvikCheckoutSDKDelegate>& delegate) {
+    delegate_.set(delegate);
+}
+
+void ZorvikCheckoutSDK::setEnvironmentUrl(const std::optional<std::string>& url) {
+    environmentUrl_ = url;
+    if (url && !url->empty()) APIUtils::setZorvikTechUrl(*url);
+}
+
+void ZorvikCheckoutSDK::initialize(const std::optional<std::string>& appCode) {
+    LogUtil::debugLog(joined("🚀 Initializing WebView SDK with appCode: ", printed(appCode)));
+    const bool isProvided = appCode && !appCode->empty();
+    if (isProvided) {
+        currentAppCode = appCode;
+        EventLoggingService::setAppCode(appCode);
+    }
+    inBackground([isProvided] {
+        logEvent(
+            EventConstants::SDK_INITIALIZED,
+            {{"platform", "ios"}, {"sdk_version", version()}, {"app_code_provided", isProvided}});
+    });
+}
+
+void ZorvikCheckoutSDK::checkout(const std::shared_ptr<UIViewController>& presenter,
+                                 const ZorvikCheckoutOptions& options) {
+    const auto hostDelegate = delegate();
+    const auto proxy = std::make_shared<ZorvikCheckoutSDKDelegateObjCProxy>(hostDelegate);
+    currentProxy = proxy;
+    LogUtil::debugLog(
+        joined("🔗 Created proxy with delegate: ", platform::description(hostDelegate != nullptr)));
+    LogUtil::debugLog(joined("checkout called with options: ", printed(options)));
+    LogUtil::debugLog(
+        joined("🔗 Main delegate is nil: ", platform::description(hostDelegate == nullptr)));
+    LogUtil::debugLog(
+        joined("🔗 Proxy delegate is nil: ", platform::description(!proxy->hasDelegate())));
+
+    // The two flags are read when the task runs: a host may set its delegate late, or drop it.
+    inBackground([facade = weak_from_this(), proxy, token = options.orderToken,
+                  appCode = currentAppCode.value_or("not_set")] {
+        const auto self = facade.lock();
+        logCheckoutEvent(EventConstants::CHECKOUT_INITIATED, token,
+                         {{"delegate_present", self && !self->delegate_.get().expired()},
+                          {"proxy_delegate_present", proxy->hasDelegate()},
+                          {"app_code", appCode}});
+    });
+
+    if (!options.orderToken) {
+        inBackground([] {
+            logEvent(EventConstants::EXCEPTION_THROWN, {{"error", "No orderToken provided"}});
+        });
+        return;
+    }
+
+    Checkout checkout{getOrderID(*options.orderToken),
+                      *options.orderToken,
+                      options,
+                      proxy,
+                      presenter,
+                      weak_from_this()};
+    LogUtil::debugLog(joined("📋 Extracted Order ID: ", checkout.orderId));
+    ZorvikCoreApiSDK::shared().updateOrderDetails(
+        checkout.token, checkout.orderId, "callback_mobile", "ios", version(),
+        [checkout](const Result<OrderResponse>& result) {
+            DispatchQueue::main().async([checkout, result] { orderUpdateEnded(checkout, result); });
+        });
+}
+
+void ZorvikCheckoutSDK::orderUpdateEnded(const Checkout& checkout,
+                                         const Result<OrderResponse>& result) {
+    if (!result) {
+        reportFailure(checkout, "Failed to update order details: ", result.error());
+        return;
+    }
+    logCheckoutEvent(EventConstants::UPDATE_ORDER_PAYLOAD, checkout.token,
+                     {{"callback_mode", "callback_mobile"}, {"platform_type", "ios"}});
+    ZorvikUPIAppDetector::getUPIAppsList(
+        checkout.token, [checkout](const Result<std::vector<UPIAppsVO>>& list) {
+            DispatchQueue::main().async([checkout, list] { appListEnded(checkout, list); });
+        });
+}
+
+void ZorvikCheckoutSDK::appListEnded(const Checkout& checkout,
+                                     const Result<std::vector<UPIAppsVO>>& result) {
+    if (!result) {
+        reportFailure(checkout, "Failed to get UPI apps: ", result.error());
+        return;
+    }
+    const auto& apps = result.value();
+    LogUtil::debugLog(
+        joined("📱 UPI Apps detected: ", platform::description(Value(appNames(apps)))));
+    logCheckoutEvent(EventConstants::UPI_APPS_LISTED, checkout.token,
+                     {{"upi_apps_count", apps.size()}, {"upi_apps", appNames(apps)}});
+    presentScreen(checkout, apps);
+}
+
+void ZorvikCheckoutSDK::reportFailure(const Checkout& checkout, const std::string& message,
+                                      const Error& error) {
+    LogUtil::debugLog(joined("❌ ", message, error.localizedDescription));
+    logCheckoutEvent(EventConstants::EXCEPTION_THROWN, checkout.token,
+                     {{"error", error.localizedDescription}});
+    const auto facade = checkout.facade.lock();
+    if (!facade) return;
+    if (const auto hostDelegate = facade->delegate()) {
+        hostDelegate->onCheckoutResponse(
+            errorPayload(message + error.localizedDescription, checkout.token));
+    }
+}
+
+void ZorvikCheckoutSDK::presentScreen(const Checkout& checkout,
+                                      const std::vector<UPIAppsVO>& apps) {
+    const auto screen = ZorvikCheckoutWebView::initWithOptions(checkout.options, apps);
+    screen->setDelegate(checkout.proxy);
+    if (const auto facade = checkout.facade.lock()) facade->currentWebViewController = screen;
+    LogUtil::debugLog(
+        joined("🔗 Webview delegate set: ", platform::description(screen->delegate() != nullptr)));
+    checkout.presenter->present(screen, true);
+}
+
+void ZorvikCheckoutSDK::handleDeviceBackButtonPress() {
+    inBackground([] {
+        logEvent(EventConstants::BACK_BUTTON_PRESSED,
+                 {{"source", "device_back_button"}, {"platform", "ios"}});
+    });
+    if (const auto screen = currentWebViewController.lock()) {
+        screen->handleDeviceBackButtonPress();
+    }
+}
+
+}  // namespace zorvik
