@@ -106,8 +106,8 @@ GtkPlatform::GtkPlatform(std::unique_ptr<Parts> parts) : parts_(std::move(parts)
 }
 
 GtkPlatform::~GtkPlatform() {
-    // What is dropped may use the toolkit a last time, so the port stays installed until no
-    // thread, task or screen is left.
+    // What is dropped may use the toolkit a last time, so the port stays installed until no task
+    // or screen of its own is left.
     parts_->scheduler.shutDown();
     parts_->stage.dropScreens();
     while (!parts_->windows.empty())

@@ -27,7 +27,8 @@ struct GtkPlatformOptions {
 
 // The desktop port on GTK 4 and WebKitGTK 6.0: installed from construction to destruction on the
 // thread that makes it, which becomes the main thread and the one that runs GLib's main loop.
-// Owned by the host's main function. Main thread only.
+// Owned by the host's main function. Main thread only. Its end waits two seconds at the most for
+// background tasks (events, core services of the host's); what they answer later is dropped.
 class GtkPlatform {
   public:
     // Initialises GTK when the host has not. nullptr when there is no display to open, or the

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "platform/runtime/Environment.h"
+
 namespace zorvik::platform::gtk {
 namespace {
 
@@ -41,7 +43,11 @@ std::int64_t microseconds(double seconds) {
 
 }  // namespace
 
-GtkScheduler::GtkScheduler() : source_(g_source_new(&turnFunctions, sizeof(TurnSource))) {
+// A main loop that waits for a condition asks again after each background task, which may have
+// fulfilled it.
+GtkScheduler::GtkScheduler()
+    : source_(g_source_new(&turnFunctions, sizeof(TurnSource))),
+      background_(maximumThreads, [] { g_main_context_wakeup(nullptr); }) {
     auto* turn = reinterpret_cast<TurnSource*>(source_);
     turn->takeTurn = [](void* scheduler) { static_cast<GtkScheduler*>(scheduler)->takeTurn(); };
     turn->scheduler = this;
@@ -59,14 +65,7 @@ GtkScheduler::~GtkScheduler() {
 }
 
 void GtkScheduler::shutDown() {
-    {
-        const std::scoped_lock lock(backgroundMutex_);
-        isStopping_ = true;
-    }
-    backgroundChanged_.notify_all();
-    for (std::thread& thread : threads_)
-        thread.join();
-    threads_.clear();
+    background_.stop(patience);
 
     std::map<Deadline, Task> dropped;
     {
@@ -87,9 +86,13 @@ Scheduler::TaskId GtkScheduler::runOnMainAfter(double seconds, Task task) {
 }
 
 Scheduler::TaskId GtkScheduler::post(double seconds, Task task, bool isDelayed) {
-    const std::scoped_lock lock(mutex_);
+    std::unique_lock lock(mutex_);
     const TaskId id = ++lastId_;
-    if (isShutDown_) return id;
+    if (isShutDown_) {
+        lock.unlock();
+        Environment::drop(std::move(task));
+        return id;
+    }
     const Deadline deadline{g_get_monotonic_time() + microseconds(seconds), id};
     const auto place = tasks_.emplace(deadline, std::move(task)).first;
     if (isDelayed) delayed_.emplace(id, deadline);
@@ -135,33 +138,7 @@ void GtkScheduler::takeTurn() {
 }
 
 void GtkScheduler::runInBackground(Task task) {
-    {
-        const std::scoped_lock lock(backgroundMutex_);
-        if (isStopping_) return;
-        background_.push_back(std::move(task));
-        if (background_.size() > idleThreads_ && threads_.size() < maximumThreads) {
-            threads_.emplace_back([this] { work(); });
-        }
-    }
-    backgroundChanged_.notify_one();
-}
-
-void GtkScheduler::work() {
-    std::unique_lock lock(backgroundMutex_);
-    while (true) {
-        ++idleThreads_;
-        backgroundChanged_.wait(lock, [this] { return isStopping_ || !background_.empty(); });
-        --idleThreads_;
-        if (background_.empty()) return;
-        Task task = std::move(background_.front());
-        background_.pop_front();
-        lock.unlock();
-        task();
-        task = nullptr;
-        // A main loop that waits for a condition asks again: the task may have fulfilled it.
-        g_main_context_wakeup(nullptr);
-        lock.lock();
-    }
+    background_.run(std::move(task));
 }
 
 double GtkScheduler::steadySeconds() const {
@@ -170,10 +147,6 @@ double GtkScheduler::steadySeconds() const {
 
 double GtkScheduler::wallSeconds() const {
     return static_cast<double>(g_get_real_time()) / 1e6;
-}
-
-bool GtkScheduler::isMainThread() const {
-    return std::this_thread::get_id() == mainThread_;
 }
 
 }  // namespace zorvik::platform::gtk

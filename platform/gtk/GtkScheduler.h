@@ -1,16 +1,13 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <mutex>
-#include <thread>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
+#include "platform/runtime/BackgroundThreads.h"
 #include "platform/services/Scheduler.h"
 
 typedef struct _GSource GSource;
@@ -24,8 +21,12 @@ class GtkScheduler : public Scheduler {
     GtkScheduler();
     ~GtkScheduler() override;
 
-    // Runs the background tasks there are to their end, joins the threads and drops what waits on
-    // the main queue; what is posted afterwards is dropped too. Main thread.
+    // How long the end waits for background tasks that still run.
+    static constexpr double patience = 2;  // seconds
+
+    // Runs the background tasks there are to their end, for `patience` at the most; a task that
+    // takes longer, such as a network call that hangs, is left to end by itself. Drops what waits
+    // on the main queue; what is posted afterwards is dropped too. Main thread.
     void shutDown();
     // Turns taken so far. Any thread.
     unsigned long turns() const { return turns_; }
@@ -36,7 +37,6 @@ class GtkScheduler : public Scheduler {
     void runInBackground(Task task) override;
     double steadySeconds() const override;
     double wallSeconds() const override;
-    bool isMainThread() const override;
 
   private:
     // Due time in microseconds of the monotonic clock, then the order of the calls. A task without
@@ -46,10 +46,8 @@ class GtkScheduler : public Scheduler {
     TaskId post(double seconds, Task task, bool isDelayed);
     void takeTurn();
     void setWaking();  // with mutex_ held
-    void work();
 
     GSource* source_ = nullptr;
-    const std::thread::id mainThread_ = std::this_thread::get_id();
     std::atomic<unsigned long> turns_ = 0;
 
     std::mutex mutex_;
@@ -58,12 +56,7 @@ class GtkScheduler : public Scheduler {
     TaskId lastId_ = 0;
     bool isShutDown_ = false;
 
-    std::mutex backgroundMutex_;
-    std::condition_variable backgroundChanged_;
-    std::deque<Task> background_;
-    std::vector<std::thread> threads_;
-    std::size_t idleThreads_ = 0;
-    bool isStopping_ = false;
+    BackgroundThreads background_;
 };
 
 }  // namespace zorvik::platform::gtk

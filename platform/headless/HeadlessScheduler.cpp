@@ -6,6 +6,7 @@
 
 #include "platform/foundation/ProgrammingError.h"
 #include "platform/foundation/Value.h"
+#include "platform/runtime/Environment.h"
 
 namespace zorvik::platform::headless {
 
@@ -127,25 +128,25 @@ std::string HeadlessScheduler::describePending() const {
 }
 
 void HeadlessScheduler::runOnMain(Task task) {
-    {
-        const std::scoped_lock lock(mutex_);
-        ready_.push_back({++lastId_, std::move(task)});
+    std::unique_lock lock(mutex_);
+    if (isEnded_) {
+        lock.unlock();
+        return Environment::drop(std::move(task));
     }
+    ready_.push_back({++lastId_, std::move(task)});
     changed_.notify_all();
 }
 
 Scheduler::TaskId HeadlessScheduler::runOnMainAfter(double seconds, Task task) {
-    TaskId id = 0;
-    {
-        const std::scoped_lock lock(mutex_);
-        id = ++lastId_;
-        if (const double deadline = steady_ + seconds; deadline > steady_) {
-            delayed_.emplace(Deadline{deadline, id}, std::move(task));
-            return id;
-        }
+    const std::scoped_lock lock(mutex_);
+    const TaskId id = ++lastId_;
+    if (isEnded_) return id;
+    if (const double deadline = steady_ + seconds; deadline > steady_) {
+        delayed_.emplace(Deadline{deadline, id}, std::move(task));
+    } else {
         ready_.push_back({id, std::move(task)});
+        changed_.notify_all();
     }
-    changed_.notify_all();
     return id;
 }
 
@@ -170,10 +171,12 @@ void HeadlessScheduler::cancel(TaskId id) {
 }
 
 void HeadlessScheduler::runInBackground(Task task) {
-    {
-        const std::scoped_lock lock(mutex_);
-        background_.push_back(std::move(task));
+    std::unique_lock lock(mutex_);
+    if (isEnded_) {
+        lock.unlock();
+        return Environment::drop(std::move(task));
     }
+    background_.push_back(std::move(task));
     changed_.notify_all();
 }
 
@@ -205,8 +208,8 @@ void HeadlessScheduler::moveDueTasks() {
 void HeadlessScheduler::work() {
     std::unique_lock lock(mutex_);
     for (;;) {
-        changed_.wait(lock, [this] { return stopping_ || !background_.empty(); });
-        if (stopping_) return;
+        changed_.wait(lock, [this] { return isEnded_ || !background_.empty(); });
+        if (isEnded_) return;
         Task task = std::move(background_.front());
         background_.pop_front();
         ++busyThreads_;
@@ -220,27 +223,21 @@ void HeadlessScheduler::work() {
 }
 
 void HeadlessScheduler::dropPending() {
+    std::deque<ReadyTask> ready;
+    std::map<Deadline, Task> delayed;
+    std::deque<Task> background;
     {
         const std::scoped_lock lock(mutex_);
-        stopping_ = true;
+        isEnded_ = true;
     }
     changed_.notify_all();
     for (std::thread& thread : threads_)
         thread.join();
     threads_.clear();
-
-    for (;;) {
-        std::deque<ReadyTask> ready;
-        std::map<Deadline, Task> delayed;
-        std::deque<Task> background;
-        {
-            const std::scoped_lock lock(mutex_);
-            ready.swap(ready_);
-            delayed.swap(delayed_);
-            background.swap(background_);
-        }
-        if (ready.empty() && delayed.empty() && background.empty()) return;
-    }
+    const std::scoped_lock lock(mutex_);
+    ready.swap(ready_);
+    delayed.swap(delayed_);
+    background.swap(background_);
 }
 
 }  // namespace zorvik::platform::headless

@@ -57,7 +57,6 @@ class HeadlessScheduler : public Scheduler {
     void runInBackground(Task task) override;
     double steadySeconds() const override;
     double wallSeconds() const override;
-    bool isMainThread() const override;
 
   private:
     struct Deadline {
@@ -73,10 +72,11 @@ class HeadlessScheduler : public Scheduler {
 
     friend class HeadlessPlatform;
 
+    bool isMainThread() const;
     bool waitsForThreads() const;
     void moveDueTasks();
     void work();
-    // Ends the threads and destroys what is pending, also what that posts in turn.
+    // Ends the threads and destroys what is pending; what comes from now on is dropped.
     void dropPending();
 
     mutable std::mutex mutex_;
@@ -92,7 +92,7 @@ class HeadlessScheduler : public Scheduler {
     std::map<Deadline, Task> delayed_;  // by deadline, then by number
     std::deque<Task> background_;
     std::size_t busyThreads_ = 0;
-    bool stopping_ = false;
+    bool isEnded_ = false;
     std::vector<std::thread> threads_;
 };
 

@@ -5,7 +5,7 @@
 namespace zorvik::platform {
 
 Date currentDate() {
-    return Date{Environment::scheduler().wallSeconds()};
+    return Date{Environment::wallSeconds()};
 }
 
 }  // namespace zorvik::platform

@@ -7,11 +7,10 @@
 namespace zorvik::platform {
 
 void DispatchQueue::async(Task task) const {
-    Scheduler& scheduler = Environment::scheduler();
     if (isMain_) {
-        scheduler.runOnMain(std::move(task));
+        Environment::runOnMain(std::move(task));
     } else {
-        scheduler.runInBackground(std::move(task));
+        Environment::runInBackground(std::move(task));
     }
 }
 

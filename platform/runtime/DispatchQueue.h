@@ -12,7 +12,8 @@ class DispatchQueue {
     static DispatchQueue main() { return DispatchQueue(true); }
     static DispatchQueue global(QualityOfService) { return DispatchQueue(false); }
 
-    // Never runs the task inside the call. On the main queue each task has a turn of its own.
+    // Never runs the task inside the call. On the main queue each task has a turn of its own. After
+    // the port's end it is dropped in silence.
     void async(Task task) const;
 
   private:

@@ -9,8 +9,6 @@
 namespace zorvik::platform {
 
 class NotificationCenter;
-class UIApplication;
-class UserDefaults;
 
 // The services of one port. Not owned; they outlive the installation.
 struct Services {
@@ -21,27 +19,39 @@ struct Services {
     Stage& stage;
 };
 
-// The port in force, and the toolkit's process-wide objects that stand on it. One port at a time.
+// The port in force. One port at a time; the thread that installs it is the main thread, until
+// another one installs a port.
 class Environment {
   public:
-    // Main thread (the calling thread becomes it). Installing over an installed port is a
-    // programming error. The notification centre, user defaults and application object start anew.
+    // Makes the calling thread the main one. Installing over an installed port is a programming
+    // error. The notification centre starts anew.
     static void install(const Services& services);
-    // Main thread. Toolkit objects that outlive it may only be destroyed.
+    // Main thread. What other threads let go of afterwards waits until the next port.
     static void uninstall();
+    // Any thread; on others than the main one the answer may be old when it arrives.
     static bool isInstalled();
+    // Any thread. True before the first installation.
+    static bool isMainThread();
 
-    // Asking without an installed port is a programming error and ends the process with a message.
-    // The scheduler may be asked for on any thread, the others on the main one.
+    // Main thread. Asking without an installed port is a programming error and ends the process
+    // with a message.
     static Scheduler& scheduler();
     static WebEngine& webEngine();
     static ApplicationService& application();
     static DefaultsStore& defaults();
     static Stage& stage();
-
     static NotificationCenter& notificationCenter();
-    static UIApplication& sharedApplication();
-    static UserDefaults& standardDefaults();
+
+    // The scheduler's two queues, for any thread at any time: a task that comes after the port is
+    // dropped in silence. Without any port so far it is a programming error.
+    static void runOnMain(Task task);
+    static void runInBackground(Task task);
+    // Seconds since 1970-01-01 UTC by the port's clock, by the system's without a port. Any thread.
+    static double wallSeconds();
+
+    // Destroys a task that will not run, and what it holds, where that may be done: here on the
+    // main thread, from elsewhere when the port ends or the next one is installed. Any thread.
+    static void drop(Task task);
 };
 
 }  // namespace zorvik::platform

@@ -7,19 +7,19 @@ namespace zorvik::platform {
 
 void assertMainThread() {
 #ifndef NDEBUG
-    if (Environment::isInstalled() && !Environment::scheduler().isMainThread()) {
+    if (Environment::isInstalled() && !Environment::isMainThread()) {
         endOnProgrammingError("a toolkit object was used off the main thread");
     }
 #endif
 }
 
 void destroyOnMainThread(void* object, void (*destroy)(void*)) {
-    if (!Environment::isInstalled() || Environment::scheduler().isMainThread()) {
+    if (Environment::isMainThread()) {
         destroy(object);
         return;
     }
     // The task owns the object, so that it is destroyed even when the port drops the task unrun.
-    Environment::scheduler().runOnMain(
+    Environment::runOnMain(
         [owner = std::shared_ptr<void>(object, destroy)]() mutable { owner.reset(); });
 }
 

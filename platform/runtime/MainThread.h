@@ -9,8 +9,8 @@ namespace zorvik::platform {
 // port is installed.
 void assertMainThread();
 
-// Runs `destroy` at once on the main thread, else in a main-queue turn. Without an installed port
-// it runs at once.
+// Runs `destroy` at once on the main thread, else in a main-queue turn; where the port is gone by
+// then, once the next one is installed.
 void destroyOnMainThread(void* object, void (*destroy)(void*));
 
 // Makes an object whose destructor runs on the main thread, wherever its last reference drops.

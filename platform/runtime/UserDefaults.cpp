@@ -9,7 +9,8 @@
 namespace zorvik::platform {
 
 UserDefaults& UserDefaults::standard() {
-    return Environment::standardDefaults();
+    static UserDefaults instance;
+    return instance;
 }
 
 void UserDefaults::set(const DefaultsValue& value, const std::string& key) {

@@ -28,8 +28,6 @@ class Scheduler {
     virtual double steadySeconds() const = 0;
     // Seconds since 1970-01-01 UTC.
     virtual double wallSeconds() const = 0;
-    // Whether the caller is on the thread on which the port was installed.
-    virtual bool isMainThread() const = 0;
 };
 
 }  // namespace zorvik::platform

@@ -4,37 +4,22 @@
 
 #include "platform/runtime/Environment.h"
 #include "platform/runtime/MainThread.h"
-#include "platform/runtime/NotificationCenter.h"
 
 namespace zorvik::platform {
 
-const std::string UIApplication::didBecomeActiveNotification =
-    "UIApplicationDidBecomeActiveNotification";
-
 UIApplication& UIApplication::shared() {
-    return Environment::sharedApplication();
-}
-
-UIApplication::UIApplication(ApplicationService& service) : service_(service) {
-    service_.setDelegate(this);
-}
-
-UIApplication::~UIApplication() {
-    service_.setDelegate(nullptr);
+    static UIApplication instance;
+    return instance;
 }
 
 bool UIApplication::canOpenURL(const URL& url) {
     assertMainThread();
-    return service_.canOpen(url);
+    return Environment::application().canOpen(url);
 }
 
 void UIApplication::open(const URL& url, std::function<void(bool opened)> completion) {
     assertMainThread();
-    service_.open(url, std::move(completion));
-}
-
-void UIApplication::applicationDidBecomeActive() {
-    NotificationCenter::defaultCenter().post(didBecomeActiveNotification);
+    Environment::application().open(url, std::move(completion));
 }
 
 }  // namespace zorvik::platform

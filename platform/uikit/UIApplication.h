@@ -1,34 +1,26 @@
 #pragma once
 
 #include <functional>
-#include <string>
+#include <string_view>
 
-#include "platform/services/ApplicationService.h"
+#include "platform/foundation/URL.h"
+#include "platform/runtime/NotificationCenter.h"
 
 namespace zorvik::platform {
 
 // The application object of the installed port. Main thread only.
-class UIApplication : private ApplicationDelegate {
+class UIApplication {
   public:
     // Posted to the default notification centre each time the application comes back to the front.
-    static const std::string didBecomeActiveNotification;
+    static constexpr std::string_view didBecomeActiveNotification =
+        NotificationCenter::applicationDidBecomeActive;
 
     static UIApplication& shared();
-
-    explicit UIApplication(ApplicationService& service);
-    UIApplication(const UIApplication&) = delete;
-    UIApplication& operator=(const UIApplication&) = delete;
-    ~UIApplication() override;
 
     // Whether an installed application handles the address.
     bool canOpenURL(const URL& url);
     // Asks for the hand-over; the completion runs once, later, on the main thread.
     void open(const URL& url, std::function<void(bool opened)> completion);
-
-  private:
-    void applicationDidBecomeActive() override;
-
-    ApplicationService& service_;
 };
 
 }  // namespace zorvik::platform

@@ -6,42 +6,6 @@
 
 namespace zorvik::platform {
 
-namespace {
-
-// An answer the page waits for: the first call goes through, further ones do nothing. Dropped
-// unanswered, it drops the page's own function, which cancels.
-template <class Answer>
-std::function<void(Answer)> onlyOnce(std::function<void(Answer)> answer) {
-    const auto pending = std::make_shared<std::function<void(Answer)>>(std::move(answer));
-    return [pending](const Answer& value) {
-        if (const auto once = std::exchange(*pending, nullptr)) once(value);
-    };
-}
-
-// A script evaluation under way. However the port lets go of it, its completion runs once.
-class Evaluation {
-  public:
-    explicit Evaluation(WKWebView::EvaluationCompletion completion)
-        : completion_(std::move(completion)) {}
-    Evaluation(const Evaluation&) = delete;
-    Evaluation& operator=(const Evaluation&) = delete;
-    ~Evaluation() {
-        if (!completion_ || !Environment::isInstalled()) return;
-        Environment::scheduler().runOnMain([completion = std::move(completion_)] {
-            completion(Error{"WKErrorDomain", 0, "The web view was gone before the script ran."});
-        });
-    }
-
-    void complete(const Result<ScriptValue>& result) {
-        if (const auto completion = std::exchange(completion_, nullptr)) completion(result);
-    }
-
-  private:
-    WKWebView::EvaluationCompletion completion_;
-};
-
-}  // namespace
-
 // Hears the page and tells the delegates. The view outlives each report it is in the middle of.
 class WKWebView::Events : public WebPageDelegate {
   public:
@@ -55,13 +19,13 @@ class WKWebView::Events : public WebPageDelegate {
         if (!view) return;
         const auto delegate = view->navigationDelegate_.lock();
         if (!delegate) return decide(NavigationDecision::allow);
-        const auto answer = onlyOnce(std::move(decide));
         WKNavigationAction action;
         action.request.url = url;
-        delegate->webViewDecidePolicyFor(*view, action, [answer](WKNavigationActionPolicy policy) {
-            answer(policy == WKNavigationActionPolicy::allow ? NavigationDecision::allow
-                                                             : NavigationDecision::cancel);
-        });
+        delegate->webViewDecidePolicyFor(
+            *view, action, [decide = std::move(decide)](WKNavigationActionPolicy policy) {
+                decide(policy == WKNavigationActionPolicy::allow ? NavigationDecision::allow
+                                                                 : NavigationDecision::cancel);
+            });
     }
 
     void pageStarted() override {
@@ -92,12 +56,11 @@ class WKWebView::Events : public WebPageDelegate {
     }
 
     void pageAsksWithPanel(const ScriptPanel& panel,
-                           std::function<void(ScriptPanelAnswer)> reply) override {
+                           std::function<void(ScriptPanelAnswer)> answer) override {
         const auto view = livingView();
         if (!view) return;
         const auto delegate = view->uiDelegate_.lock();
-        if (!delegate) return reply({});
-        const auto answer = onlyOnce(std::move(reply));
+        if (!delegate) return answer({});
         switch (panel.kind) {
             case ScriptPanel::Kind::alert:
                 return delegate->webViewRunJavaScriptAlertPanelWithMessage(
@@ -181,9 +144,8 @@ std::optional<URL> WKWebView::url() const {
 
 void WKWebView::evaluateJavaScript(const std::string& script, EvaluationCompletion completion) {
     assertMainThread();
-    const auto evaluation = std::make_shared<Evaluation>(std::move(completion));
-    page_->evaluate(
-        script, [evaluation](const Result<ScriptValue>& result) { evaluation->complete(result); });
+    if (!completion) completion = [](const Result<ScriptValue>&) {};
+    page_->evaluate(script, std::move(completion));
 }
 
 }  // namespace zorvik::platform

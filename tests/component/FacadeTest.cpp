@@ -124,7 +124,7 @@ TEST_F(FacadeTest, OrderCreationHandsArgumentsAndResultsThroughOnTheirThread) {
     bool cameOnMain = true;
     sdk.createOrder(10.5, "INR", {{{"sku", "a"}}}, Dictionary{{"name", "n"}},
                     [&](const platform::Result<OrderResponse>& result) {
-                        cameOnMain = platform::Environment::scheduler().isMainThread();
+                        cameOnMain = platform::Environment::isMainThread();
                         orderId = result.value().orderId;
                     });
     sdk.createShopOrder(

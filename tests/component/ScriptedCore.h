@@ -85,7 +85,7 @@ class ScriptedCore : public ZorvikCoreApiSDK {
         if (holdsAnswers) {
             held_.push_back(std::move(answer));
         } else {
-            platform::Environment::scheduler().runInBackground(std::move(answer));
+            platform::Environment::runInBackground(std::move(answer));
         }
     }
 

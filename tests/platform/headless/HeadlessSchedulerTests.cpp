@@ -70,10 +70,13 @@ TEST(HeadlessSchedulerThreadsTest, SettleWaitsForThreadsAndTheirTurns) {
     HeadlessScheduler scheduler(HeadlessScheduler::Background::threads);
     std::atomic<int> offMain = 0;
     int turns = 0;
-    const auto postTurn = [&] { scheduler.runOnMain([&] { turns += scheduler.isMainThread(); }); };
+    const auto main = std::this_thread::get_id();
+    const auto postTurn = [&] {
+        scheduler.runOnMain([&] { turns += std::this_thread::get_id() == main; });
+    };
     for (int round = 1; round <= 100; ++round) {
         scheduler.runInBackground([&, held = whenDestroyed(postTurn)] {
-            offMain += !scheduler.isMainThread();
+            offMain += std::this_thread::get_id() != main;
             scheduler.runOnMain([&] { scheduler.runInBackground(postTurn); });
         });
         scheduler.settle();

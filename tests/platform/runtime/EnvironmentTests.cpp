@@ -2,9 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <set>
 #include <thread>
 
 #include "platform/headless/HeadlessPlatform.h"
+#include "platform/runtime/BackgroundThreads.h"
 #include "platform/runtime/DispatchQueue.h"
 #include "platform/runtime/MainThread.h"
 #include "platform/runtime/Timer.h"
@@ -57,6 +62,71 @@ TEST(EnvironmentTest, AnObjectIsDestroyedOnTheMainThreadAndMayStillUseThePort) {
     }
     makeOnMainThread<Recorder>(log).reset();
     EXPECT_EQ(log, ThreadLog(10, std::this_thread::get_id()));
+}
+
+TEST(EnvironmentTest, WhatComesAfterThePortIsDroppedAndDestroyedOnTheMainThread) {
+    ThreadLog log;
+    std::make_unique<HeadlessPlatform>().reset();
+    std::thread([&log] {
+        const auto global = DispatchQueue::global(DispatchQueue::QualityOfService::background);
+        DispatchQueue::main().async([object = makeOnMainThread<Recorder>(log)] { FAIL(); });
+        global.async([object = makeOnMainThread<Recorder>(log)] { FAIL(); });
+        makeOnMainThread<Recorder>(log).reset();
+    }).join();
+    EXPECT_TRUE(log.empty()) << "not on the thread that let go";
+    HeadlessPlatform next;
+    EXPECT_EQ(log, ThreadLog(3, std::this_thread::get_id()));
+    next.scheduler().settle();
+}
+
+TEST(EnvironmentTest, OtherThreadsMayPostWhilePortsComeAndGo) {
+    ThreadLog log;
+    std::make_unique<HeadlessPlatform>().reset();
+    std::atomic<bool> isOver = false;
+    std::vector<std::thread> posters;
+    for (int index = 0; index < 2; ++index) {
+        posters.emplace_back([&] {
+            while (!isOver) {
+                DispatchQueue::main().async([object = makeOnMainThread<Recorder>(log)] {});
+                DispatchQueue::global(DispatchQueue::QualityOfService::background).async([] {});
+            }
+        });
+    }
+    for (int round = 0; round < 50; ++round) {
+        HeadlessPlatform platform(headless::HeadlessScheduler::Background::threads);
+        std::this_thread::yield();
+        platform.scheduler().runOneTurn();
+    }
+    isOver = true;
+    for (auto& poster : posters)
+        poster.join();
+    const HeadlessPlatform last;
+    EXPECT_EQ(std::set(log.begin(), log.end()), std::set{std::this_thread::get_id()});
+}
+
+TEST(BackgroundThreadsTest, AStopWaitsForWhatEndsInTimeAndLeavesTheRestToItself) {
+    const HeadlessPlatform platform;
+    std::promise<void> hanging;
+    std::promise<void> hasEnded;
+    std::atomic<int> told = 0;
+    std::atomic<bool> hasRun = false;
+    {
+        BackgroundThreads threads(1, [&told] { ++told; });
+        threads.run([&hasRun] { hasRun = true; });
+        threads.run([&] {
+            hanging.get_future().wait();
+            hasEnded.set_value();
+        });
+        threads.run([] { FAIL() << "it had not begun at the stop"; });
+        const auto before = std::chrono::steady_clock::now();
+        threads.stop(0.1);
+        EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(1));
+        threads.run([] { FAIL() << "it came after the stop"; });
+    }
+    EXPECT_TRUE(hasRun);
+    hanging.set_value();
+    hasEnded.get_future().wait();
+    EXPECT_EQ(told, 1);
 }
 
 }  // namespace

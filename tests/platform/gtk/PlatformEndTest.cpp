@@ -1,0 +1,44 @@
+#include <chrono>
+#include <future>
+
+#include "platform/runtime/DispatchQueue.h"
+#include "platform/webkit/WKWebView.h"
+#include "tests/platform/gtk/GtkPortTest.h"
+
+namespace zorvik::tests {
+namespace {
+
+TEST(PlatformEndTest, QuittingLeavesAHangingCallToItselfAndDropsItsAnswer) {
+    std::promise<void> network;
+    std::promise<void> hasAnswered;
+    std::weak_ptr<UIViewController> held;
+    std::chrono::steady_clock::time_point quit;
+    {
+        const auto platform = gtk::GtkPlatform::make({.applicationId = "zorvik-test"});
+        const auto presenter = platform->presenterFor(platform->openWindow("test", {300, 300}));
+        const auto screen = makeOnMainThread<UIViewController>();
+        screen->view()->addSubview(
+            makeOnMainThread<WKWebView>(Rect{0, 0, 100, 100}, WKWebViewConfiguration{}));
+        presenter->present(screen, false);
+        held = screen;
+        // As a core service's call that holds the screen until it is answered.
+        DispatchQueue::global(DispatchQueue::QualityOfService::background)
+            .async([&network, &hasAnswered, call = screen]() mutable {
+                network.get_future().wait();
+                DispatchQueue::main().async([call] { FAIL() << "nobody is there any more"; });
+                call.reset();
+                hasAnswered.set_value();
+            });
+        quit = std::chrono::steady_clock::now();
+    }
+    const std::chrono::duration<double> waited = std::chrono::steady_clock::now() - quit;
+    EXPECT_LT(waited.count(), 2 + 1);
+    network.set_value();
+    hasAnswered.get_future().wait();
+    EXPECT_FALSE(held.expired()) << "not destroyed on that thread";
+    const auto next = gtk::GtkPlatform::make({.applicationId = "zorvik-test"});
+    EXPECT_TRUE(held.expired());
+}
+
+}  // namespace
+}  // namespace zorvik::tests
