@@ -14,9 +14,10 @@ class ZorvikCheckoutSDKDelegate {
   public:
     virtual ~ZorvikCheckoutSDKDelegate() = default;
 
-    // The one result of a checkout, success or failure, told apart by its content: a failure of
-    // the component's own making holds "error", "order_id", "zorvik_order_id", "token" and
-    // "subMerchantId"; everything else is what the checkout page or the enquiry answered.
+    // A result of a checkout, success or failure, told apart by its content: a failure of the
+    // component's own making holds "error", "order_id", "zorvik_order_id", "token" and
+    // "subMerchantId"; everything else is what the checkout page or the enquiry answered. Usually
+    // one a checkout; a page that answers twice before the screen has closed gives two.
     virtual void onCheckoutResponse(const platform::Dictionary& data) = 0;
 };
 

@@ -23,7 +23,7 @@ class ZorvikCheckoutSDKDelegateObjCProxy;
 //     auto& sdk = ZorvikCheckoutSDK::shared();
 //     sdk.setDelegate(receiver);
 //     sdk.checkout(presenter, options);
-class ZorvikCheckoutSDK : public std::enable_shared_from_this<ZorvikCheckoutSDK> {
+class ZorvikCheckoutSDK {
   public:
     static ZorvikCheckoutSDK& shared();
 
@@ -46,6 +46,7 @@ class ZorvikCheckoutSDK : public std::enable_shared_from_this<ZorvikCheckoutSDK>
     // Takes the payment of an order: updates it, lists the UPI apps and presents the checkout
     // screen over the presenter, which is held until then. Returns at once. A failed update or
     // listing reaches the delegate as a failure; without a token nothing but an event comes of it.
+    // A null presenter is a programming error and ends the process with a message.
     void checkout(const std::shared_ptr<platform::UIViewController>& presenter,
                   const ZorvikCheckoutOptions& options);
 

@@ -95,6 +95,11 @@ class ZorvikCheckoutWebView : public platform::UIViewController,
     // Logs an event of this checkout now. Any thread.
     void logEvent(const std::string& eventName, const platform::Dictionary& additionalData) const;
 
+    // The page's address; nullopt before a load, after the web process died and without a web view.
+    std::optional<platform::URL> currentUrl() const;
+    void reportFailureNextTurn(const platform::Dictionary& payload);
+    void reportFailure(const platform::Dictionary& payload);
+
     // Layout and loading state
     void setupShimmerView();
     void setupWebView();
@@ -144,8 +149,6 @@ class ZorvikCheckoutWebView : public platform::UIViewController,
     void handleWebViewRespCheckUrl(const std::string& url);
     void processPaymentResponse(const std::string& response);
     void handleParsedResponse(const platform::Dictionary& data);
-    void reportFailureNextTurn(const platform::Dictionary& payload);
-    void reportFailure(const platform::Dictionary& payload);
 
     // Back navigation
     void insertJSToWebview(bool isDeviceBackPressed);

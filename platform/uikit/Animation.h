@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -27,20 +28,32 @@ class AnimationGroup : public std::enable_shared_from_this<AnimationGroup> {
     double duration() const { return duration_; }
     double start() const { return start_; }  // steady seconds
     void join(UIView& view);
+    // The view, animated by this group, is to go where it goes already: the other group waits for
+    // this one's end.
+    void follow(const UIView& view, AnimationGroup& follower);
     // The view's animation ended before its time.
     void leave(const UIView& view);
 
   private:
     AnimationGroup(double seconds, std::function<void(bool)> completion);
 
+    struct Follower {
+        const UIView* view;
+        std::shared_ptr<AnimationGroup> group;
+    };
+
     void closureDone();
     void timeIsUp();
+    void leaderEnded(bool finished);
+    void completeLaterIfOver();
     void completeLater();
 
     const double duration_;
     const double start_;
     std::function<void(bool)> completion_;
     std::vector<UIView*> views_;
+    std::vector<Follower> followers_;
+    std::size_t leaders_ = 0;  // groups this one waits for, once for each view
     std::optional<Scheduler::TaskId> endTask_;
     bool isClosureRunning_ = true;
     bool allFinished_ = true;

@@ -84,8 +84,13 @@ void UIView::setAlpha(double alpha) {
     assertMainThread();
     const double target = alpha > 0 ? std::min(alpha, 1.0) : 0;
     if (AnimationGroup* const group = AnimationGroup::current()) {
+        const auto running = animation_ ? animation_->group.lock() : nullptr;
+        if (running && alpha_ == target) {
+            if (running.get() != group) running->follow(*this, *group);
+            return;
+        }
         const double from = presentationAlpha();
-        if (animation_ && animation_->group.lock().get() != group) endAnimation();
+        if (running && running.get() != group) endAnimation();
         animation_ =
             RunningAnimation{from, group->start(), group->duration(), group->weak_from_this()};
         group->join(*this);

@@ -65,8 +65,9 @@ class UIView : public std::enable_shared_from_this<UIView> {
     virtual std::optional<Size> intrinsicContentSize(double maximumWidth) const;
 
     // Runs `animations` at once; every alpha set in it moves from what is on screen to the new
-    // value over `seconds`. The completion runs once, in a main-queue turn of its own: true when
-    // all of them ran to their end, false when one was removed or replaced, or its view went.
+    // value over `seconds`, or goes on as it does where it is on its way to that value already. The
+    // completion runs once, in a main-queue turn of its own: true when all of them ran to their
+    // end, false when one was removed or replaced, or its view went.
     static void animate(double seconds, const std::function<void()>& animations,
                         std::function<void(bool finished)> completion = {});
     // Ends the view's running animations; the opacity is then the one that was set.

@@ -38,6 +38,7 @@ TEST_F(BackNavigationTest, TheSiteIsATextualPrefixOfSchemeAndHost) {
         {"https://pay.example:8443/a/b?c#d", true}, {"https://pay.example.evil.test/", true},
         {"https://bank.example/otp", false},        {"http://pay.example/checkout", false},
         {"https://PAY.example/checkout", false},    {"about:blank", false},
+        {"https://pay.example/%zz", true},          {"https://bank.example/100%", false},
     };
     std::size_t posts = 0;
     openScreen();
@@ -86,9 +87,10 @@ TEST_F(BackNavigationTest, BarAndSwipeLogTheirOwnEventBeforeTheFlows) {
     EXPECT_THAT(core.takeEvents(), ElementsAre(ownEvent("swipe_gesture"), flowEvent));
 }
 
-TEST_F(BackNavigationTest, AddressesThatDoNotParseEndTheFlowAndAnAbsentOneDoesNot) {
+TEST_F(BackNavigationTest, ACheckoutAddressThatDoesNotParseEndsTheFlowAndAnAbsentPageDoesNot) {
+    core.webViewViewUrl = "https://pay.example/a b";
     openScreen();
-    page().replaceUrl("https://pay.example/%zz");
+    page().replaceUrl("https://pay.example/");
     goBack();
     EXPECT_EQ(lines.back(), "[BACK HANDLER] ❌ Failed to parse URLs");
     EXPECT_THAT(scripts(), IsEmpty());

@@ -113,6 +113,18 @@ TEST_F(FacadeTest, TheTwoFlagsOfACheckoutsStartAreReadWhenTheirTaskRuns) {
     runBackground();
     EXPECT_THAT(core.takeEvents().at(0),
                 HasSubstr(R"("delegate_present": false, "proxy_delegate_present": false])"));
+
+    host = std::make_shared<RecordingHost>();
+    sdk.setDelegate(host);
+    sdk.checkout(presenter, {});
+    sdk.checkout(presenter, {});
+    runBackground();
+    EXPECT_THAT(core.takeEvents().at(0), HasSubstr(R"("proxy_delegate_present": false])"))
+        << "the first bridge went with the second checkout: its event's task does not keep it";
+}
+
+TEST_F(FacadeTest, ANullPresenterIsRefusedAtTheCall) {
+    EXPECT_DEATH(sdk.checkout(nullptr, optionsOf(plainToken())), "without a presenter; pass");
 }
 
 TEST_F(FacadeTest, OrderCreationHandsArgumentsAndResultsThroughOnTheirThread) {

@@ -125,6 +125,25 @@ TEST_F(ShimmerViewTest, NothingPulsesAfterAStopOrAHideWhateverWasInFlight) {
     }
 }
 
+TEST_F(ShimmerViewTest, AHideWhileItHidesJoinsTheFadeAndBothAreToldAtItsEnd) {
+    skeleton->showShimmer();
+    scheduler.advanceBy(1);
+    std::string told;
+    const auto tell = [&](const char* who) {
+        return [&, who] { told += skeleton->isHidden() ? who : "early"; };
+    };
+    skeleton->hideShimmer(tell("first "));
+    scheduler.advanceBy(0.2);
+    const double shown = skeleton->presentationAlpha();
+    skeleton->hideShimmer(tell("second "));
+    EXPECT_EQ(skeleton->presentationAlpha(), shown);
+    EXPECT_FALSE(skeleton->isHidden());
+    scheduler.advanceBy(0.1);
+    EXPECT_EQ(told, "first second ");
+    expectStill();
+    EXPECT_EQ(told, "first second ");
+}
+
 TEST_F(ShimmerViewTest, AReleasedSkeletonLeavesNothingBehind) {
     for (const double moment : moments) {
         SCOPED_TRACE(moment);

@@ -83,6 +83,13 @@ TEST_F(UPILaunchTest, AConfirmationAfterTheScreenIsGoneIsPrintedAndLeavesNoRecor
         EXPECT_EQ(lines.back(), line);
         EXPECT_THAT(record(), IsEmpty());
     }
+    openScreen();
+    requestIntent("upi://pay");
+    presenter->dismiss(true);
+    scheduler.runUntilIdle();
+    ASSERT_TRUE(screen()) << "it still slides away";
+    EXPECT_EQ(lines.back(), "[UPI LAUNCH] 📱 App will go to background");
+    EXPECT_THAT(record(), IsEmpty());
 }
 
 }  // namespace

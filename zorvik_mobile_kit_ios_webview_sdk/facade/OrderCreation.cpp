@@ -36,11 +36,12 @@ std::function<void(const Result<T>&)> passedThrough(
     return [operation = std::move(operation),
             completion = std::move(completion)](const Result<T>& result) {
         if (result) {
-            LogUtil::debugLog(joined(operation, " success: ", printed(result.value())));
+            LogUtil::debugLog(
+                [&] { return joined(operation, " success: ", printed(result.value())); });
         } else {
             const std::string& error = result.error().localizedDescription;
-            LogUtil::debugLog(joined(operation, " failure: ", error));
-            logEvent(EventConstants::EXCEPTION_THROWN, {{"error", error}});
+            LogUtil::debugLog([&] { return joined(operation, " failure: ", error); });
+            logEventWithoutOrder(EventConstants::EXCEPTION_THROWN, {{"error", error}});
         }
         if (completion) completion(result);
     };
@@ -52,11 +53,12 @@ void ZorvikCheckoutSDK::createOrder(double amount, const std::string& currency,
                                     const std::vector<Dictionary>& orderLineItems,
                                     const std::optional<Dictionary>& user,
                                     ZorvikCoreApiSDK::OrderCompletion completion) {
-    LogUtil::debugLog(
-        joined("createOrder called with amount: ", description(amount), ", currency: ", currency,
-               ", orderLineItems: ",
-               description(Value(Array(orderLineItems.begin(), orderLineItems.end()))),
-               ", user: ", printed(user)));
+    LogUtil::debugLog([&] {
+        return joined("createOrder called with amount: ", description(amount),
+                      ", currency: ", currency, ", orderLineItems: ",
+                      description(Value(Array(orderLineItems.begin(), orderLineItems.end()))),
+                      ", user: ", printed(user));
+    });
     ZorvikCoreApiSDK::shared().createOrder(
         amount, currency, orderLineItems, user,
         passedThrough<OrderResponse>("createOrder", std::move(completion)));
@@ -69,11 +71,12 @@ void ZorvikCheckoutSDK::createShopOrder(const std::string& currency, const std::
                                         const std::string& subPaymentMode,
                                         const std::optional<Dictionary>& user,
                                         ZorvikCoreApiSDK::ShopOrderCompletion completion) {
-    LogUtil::debugLog(
-        joined("createShopOrder called with currency: ", currency, ", amount: ", amount,
-               ", productId: ", productId, ", orderLineItems: ", description(orderLineItems),
-               ", checkoutExperience: ", checkoutExperience, ", paymentMode: ", paymentMode,
-               ", subPaymentMode: ", subPaymentMode, ", user: ", printed(user)));
+    LogUtil::debugLog([&] {
+        return joined("createShopOrder called with currency: ", currency, ", amount: ", amount,
+                      ", productId: ", productId, ", orderLineItems: ", description(orderLineItems),
+                      ", checkoutExperience: ", checkoutExperience, ", paymentMode: ", paymentMode,
+                      ", subPaymentMode: ", subPaymentMode, ", user: ", printed(user));
+    });
     ZorvikCoreApiSDK::shared().createShopOrder(
         currency, amount, productId, orderLineItems, checkoutExperience, paymentMode,
         subPaymentMode, user, passedThrough<Dictionary>("createShopOrder", std::move(completion)));

@@ -6,6 +6,7 @@
 #include "core/EventConstants.h"
 #include "core/EventLogging.h"
 #include "core/ZorvikUPIAppDetector.h"
+#include "platform/foundation/ProgrammingError.h"
 #include "platform/runtime/DispatchQueue.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/LogUtil.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/SDKVersion.h"
@@ -54,28 +55,26 @@ Array appNames(const std::vector<UPIAppsVO>& apps) {
 
 }  // namespace
 
-// What the completions of one checkout carry from step to step: all held strongly, the facade
-// alone weakly.
+// What the completions of one checkout carry from step to step, held strongly.
 struct ZorvikCheckoutSDK::Checkout {
     std::string orderId;
     std::string token;
     ZorvikCheckoutOptions options;
     std::shared_ptr<ZorvikCheckoutSDKDelegateObjCProxy> proxy;
     std::shared_ptr<UIViewController> presenter;
-    std::weak_ptr<ZorvikCheckoutSDK> facade;
 };
 
 ZorvikCheckoutSDK& ZorvikCheckoutSDK::shared() {
     // Never destroyed, so that completions that arrive while the process ends still find it.
     static auto& instance = *[] {
-        auto* owner = new std::shared_ptr<ZorvikCheckoutSDK>(new ZorvikCheckoutSDK);
+        auto* const facade = new ZorvikCheckoutSDK;
         inBackground([] {
-            logEvent(EventConstants::SDK_INITIALIZED,
-                     {{"platform", "ios"}, {"sdk_version", version()}});
+            logEventWithoutOrder(EventConstants::SDK_INITIALIZED,
+                                 {{"platform", "ios"}, {"sdk_version", version()}});
         });
-        return owner;
+        return facade;
     }();
-    return *instance;
+    return instance;
 }
 
 std::shared_ptr<ZorvikCheckoutSDKDelegate> ZorvikCheckoutSDK::delegate() const {
@@ -92,14 +91,15 @@ void ZorvikCheckoutSDK::setEnvironmentUrl(const std::optional<std::string>& url)
 }
 
 void ZorvikCheckoutSDK::initialize(const std::optional<std::string>& appCode) {
-    LogUtil::debugLog(joined("🚀 Initializing WebView SDK with appCode: ", printed(appCode)));
+    LogUtil::debugLog(
+        [&] { return joined("🚀 Initializing WebView SDK with appCode: ", printed(appCode)); });
     const bool isProvided = appCode && !appCode->empty();
     if (isProvided) {
         currentAppCode = appCode;
         EventLoggingService::setAppCode(appCode);
     }
     inBackground([isProvided] {
-        logEvent(
+        logEventWithoutOrder(
             EventConstants::SDK_INITIALIZED,
             {{"platform", "ios"}, {"sdk_version", version()}, {"app_code_provided", isProvided}});
     });
@@ -107,41 +107,48 @@ void ZorvikCheckoutSDK::initialize(const std::optional<std::string>& appCode) {
 
 void ZorvikCheckoutSDK::checkout(const std::shared_ptr<UIViewController>& presenter,
                                  const ZorvikCheckoutOptions& options) {
+    if (!presenter) {
+        platform::endOnProgrammingError(
+            "checkout was called without a presenter; pass the view controller of a window that "
+            "is on the screen");
+    }
     const auto hostDelegate = delegate();
     const auto proxy = std::make_shared<ZorvikCheckoutSDKDelegateObjCProxy>(hostDelegate);
     currentProxy = proxy;
-    LogUtil::debugLog(
-        joined("🔗 Created proxy with delegate: ", platform::description(hostDelegate != nullptr)));
-    LogUtil::debugLog(joined("checkout called with options: ", printed(options)));
-    LogUtil::debugLog(
-        joined("🔗 Main delegate is nil: ", platform::description(hostDelegate == nullptr)));
-    LogUtil::debugLog(
-        joined("🔗 Proxy delegate is nil: ", platform::description(!proxy->hasDelegate())));
+    LogUtil::debugLog([&] {
+        return joined("🔗 Created proxy with delegate: ",
+                      platform::description(hostDelegate != nullptr));
+    });
+    LogUtil::debugLog([&] { return joined("checkout called with options: ", printed(options)); });
+    LogUtil::debugLog([&] {
+        return joined("🔗 Main delegate is nil: ", platform::description(hostDelegate == nullptr));
+    });
+    LogUtil::debugLog([&] {
+        return joined("🔗 Proxy delegate is nil: ", platform::description(!proxy->hasDelegate()));
+    });
 
-    // The two flags are read when the task runs: a host may set its delegate late, or drop it.
-    inBackground([facade = weak_from_this(), proxy, token = options.orderToken,
+    // The two flags are read when the task runs: a host may set its delegate late, or drop it. The
+    // task owns neither the bridge nor, for a moment, the host's delegate.
+    inBackground([this, proxy = std::weak_ptr(proxy), token = options.orderToken,
                   appCode = currentAppCode.value_or("not_set")] {
-        const auto self = facade.lock();
+        const auto bridge = proxy.lock();
         logCheckoutEvent(EventConstants::CHECKOUT_INITIATED, token,
-                         {{"delegate_present", self && !self->delegate_.get().expired()},
-                          {"proxy_delegate_present", proxy->hasDelegate()},
+                         {{"delegate_present", !delegate_.get().expired()},
+                          {"proxy_delegate_present", bridge && bridge->hasDelegate()},
                           {"app_code", appCode}});
     });
 
     if (!options.orderToken) {
         inBackground([] {
-            logEvent(EventConstants::EXCEPTION_THROWN, {{"error", "No orderToken provided"}});
+            logEventWithoutOrder(EventConstants::EXCEPTION_THROWN,
+                                 {{"error", "No orderToken provided"}});
         });
         return;
     }
 
-    Checkout checkout{getOrderID(*options.orderToken),
-                      *options.orderToken,
-                      options,
-                      proxy,
-                      presenter,
-                      weak_from_this()};
-    LogUtil::debugLog(joined("📋 Extracted Order ID: ", checkout.orderId));
+    Checkout checkout{getOrderID(*options.orderToken), *options.orderToken, options, proxy,
+                      presenter};
+    LogUtil::debugLog([&] { return joined("📋 Extracted Order ID: ", checkout.orderId); });
     ZorvikCoreApiSDK::shared().updateOrderDetails(
         checkout.token, checkout.orderId, "callback_mobile", "ios", version(),
         [checkout](const Result<OrderResponse>& result) {
@@ -170,8 +177,9 @@ void ZorvikCheckoutSDK::appListEnded(const Checkout& checkout,
         return;
     }
     const auto& apps = result.value();
-    LogUtil::debugLog(
-        joined("📱 UPI Apps detected: ", platform::description(Value(appNames(apps)))));
+    LogUtil::debugLog([&] {
+        return joined("📱 UPI Apps detected: ", platform::description(Value(appNames(apps))));
+    });
     logCheckoutEvent(EventConstants::UPI_APPS_LISTED, checkout.token,
                      {{"upi_apps_count", apps.size()}, {"upi_apps", appNames(apps)}});
     presentScreen(checkout, apps);
@@ -179,12 +187,10 @@ void ZorvikCheckoutSDK::appListEnded(const Checkout& checkout,
 
 void ZorvikCheckoutSDK::reportFailure(const Checkout& checkout, const std::string& message,
                                       const Error& error) {
-    LogUtil::debugLog(joined("❌ ", message, error.localizedDescription));
+    LogUtil::debugLog([&] { return joined("❌ ", message, error.localizedDescription); });
     logCheckoutEvent(EventConstants::EXCEPTION_THROWN, checkout.token,
                      {{"error", error.localizedDescription}});
-    const auto facade = checkout.facade.lock();
-    if (!facade) return;
-    if (const auto hostDelegate = facade->delegate()) {
+    if (const auto hostDelegate = shared().delegate()) {
         hostDelegate->onCheckoutResponse(
             errorPayload(message + error.localizedDescription, checkout.token));
     }
@@ -194,16 +200,18 @@ void ZorvikCheckoutSDK::presentScreen(const Checkout& checkout,
                                       const std::vector<UPIAppsVO>& apps) {
     const auto screen = ZorvikCheckoutWebView::initWithOptions(checkout.options, apps);
     screen->setDelegate(checkout.proxy);
-    if (const auto facade = checkout.facade.lock()) facade->currentWebViewController = screen;
-    LogUtil::debugLog(
-        joined("🔗 Webview delegate set: ", platform::description(screen->delegate() != nullptr)));
+    shared().currentWebViewController = screen;
+    LogUtil::debugLog([&] {
+        return joined("🔗 Webview delegate set: ",
+                      platform::description(screen->delegate() != nullptr));
+    });
     checkout.presenter->present(screen, true);
 }
 
 void ZorvikCheckoutSDK::handleDeviceBackButtonPress() {
     inBackground([] {
-        logEvent(EventConstants::BACK_BUTTON_PRESSED,
-                 {{"source", "device_back_button"}, {"platform", "ios"}});
+        logEventWithoutOrder(EventConstants::BACK_BUTTON_PRESSED,
+                             {{"source", "device_back_button"}, {"platform", "ios"}});
     });
     if (const auto screen = currentWebViewController.lock()) {
         screen->handleDeviceBackButtonPress();

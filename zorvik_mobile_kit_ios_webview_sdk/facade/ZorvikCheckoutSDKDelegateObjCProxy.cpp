@@ -35,7 +35,7 @@ std::string transactionIdForReport(const Dictionary& payload, const std::string&
 void ZorvikCheckoutSDKDelegateObjCProxy::zorvikCheckoutWebViewDidSucceed(
     const std::shared_ptr<ZorvikCheckoutWebView>& screen, const Dictionary& payload) {
     const std::string printedPayload = platform::description(payload);
-    LogUtil::debugLog(joined("🎉 Success called with payload: ", printedPayload));
+    LogUtil::debugLog([&] { return joined("🎉 Success called with payload: ", printedPayload); });
     const std::string orderId =
         ZorvikCheckoutSDK::getOrderID(screen->options().orderToken.value_or(""));
     // Holds the screen strongly until it has run.
@@ -56,7 +56,7 @@ void ZorvikCheckoutSDKDelegateObjCProxy::zorvikCheckoutWebViewDidSucceed(
 
 void ZorvikCheckoutSDKDelegateObjCProxy::zorvikCheckoutWebViewDidFail(
     const std::shared_ptr<ZorvikCheckoutWebView>& screen, const Dictionary& payload) {
-    LogUtil::debugLog(joined("📊 Payload: ", platform::description(payload)));
+    LogUtil::debugLog([&] { return joined("📊 Payload: ", platform::description(payload)); });
     const auto entry = payload.find("error");
     const auto* text = entry == payload.end() ? nullptr : entry->second.string();
     // Holds the screen strongly until it has run.
@@ -67,8 +67,10 @@ void ZorvikCheckoutSDKDelegateObjCProxy::zorvikCheckoutWebViewDidFail(
     if (const auto host = delegate_.lock()) {
         const Dictionary copy = payload;
         host->onCheckoutResponse(copy);
-        LogUtil::debugLog(joined("✅ Failure forwarded to delegate with error response: ",
-                                 platform::description(copy)));
+        LogUtil::debugLog([&] {
+            return joined("✅ Failure forwarded to delegate with error response: ",
+                          platform::description(copy));
+        });
     }
     screen->dismiss(true);
 }

@@ -23,7 +23,7 @@ constexpr double quickReturnSeconds = 5.0;
 }  // namespace
 
 void ZorvikCheckoutWebView::appDidBecomeActive() {
-    const auto url = webView ? webView->url() : std::nullopt;
+    const auto url = currentUrl();
     printLine("[APP STATE] 🚀 App became active - user returned from UPI app!");
     printLine(joined("[APP STATE] 📊 Current WebView URL: ", url ? url->absoluteString() : "nil"));
     printLine(joined("[APP STATE] 📱 App state change detected at: ", description(currentDate())));
@@ -77,7 +77,7 @@ void ZorvikCheckoutWebView::handleUPIBackNavigation() {
 }
 
 void ZorvikCheckoutWebView::checkProcessingURLForResponse() {
-    const auto current = webView ? webView->url() : std::nullopt;
+    const auto current = currentUrl();
     if (!current) return;
     const std::string& url = current->absoluteString();
     if (url.find("processing") == std::string::npos) return;

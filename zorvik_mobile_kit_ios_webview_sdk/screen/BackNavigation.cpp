@@ -103,20 +103,20 @@ void ZorvikCheckoutWebView::insertJSToWebview(bool isDeviceBackPressed) {
 
 void ZorvikCheckoutWebView::handleDeviceBackPressed() {
     printLine("[BACK HANDLER] 🚀 Device back pressed - Android-style handling");
-    const auto current = webView ? webView->url() : std::nullopt;
-    const std::string currentUrl = current ? current->absoluteString() : "";
+    // The page's address as the engine has it, which may hold what no strict reader takes.
+    const auto current = currentUrl();
+    const std::string currentText = current ? current->absoluteString() : "";
     const std::string expectedUrl = buildCheckoutUrl();
-    printLine(joined("[BACK HANDLER] 📊 Current URL: ", currentUrl));
+    printLine(joined("[BACK HANDLER] 📊 Current URL: ", currentText));
     printLine(joined("[BACK HANDLER] 📊 Expected URL: ", expectedUrl));
 
-    if (!currentUrl.empty()) {
-        const auto parsedCurrent = URL::parse(currentUrl);
+    if (current) {
         const auto parsedExpected = URL::parse(expectedUrl);
-        if (!parsedCurrent || !parsedExpected) {
+        if (!parsedExpected) {
             printLine("[BACK HANDLER] ❌ Failed to parse URLs");
             return;
         }
-        const std::string currentBase = urlBase(*parsedCurrent);
+        const std::string currentBase = urlBase(*current);
         const std::string expectedBase = urlBase(*parsedExpected);
         printLine(joined("[BACK HANDLER] 📊 Current base: ", currentBase));
         printLine(joined("[BACK HANDLER] 📊 Expected base: ", expectedBase));
@@ -124,7 +124,7 @@ void ZorvikCheckoutWebView::handleDeviceBackPressed() {
         if (!currentBase.starts_with(expectedBase)) {
             printLine("[BACK HANDLER] ⚠️ URL not within expected base");
             printLine("[BACK HANDLER] 🔄 Redirecting to browser back URL");
-            const std::string backUrl = buildBrowserBackURL(currentUrl, expectedUrl);
+            const std::string backUrl = buildBrowserBackURL(currentText, expectedUrl);
             printLine(joined("[BACK HANDLER] 📋 Browser back URL: ", backUrl));
             const auto url = URL::parse(backUrl);
             if (url && webView) webView->load(checkoutPageRequest(*url));
@@ -140,10 +140,10 @@ void ZorvikCheckoutWebView::handleDeviceBackPressed() {
         printLine(joined("[BACK HANDLER] 📜 Executing JavaScript: ", script.value()));
         if (webView) webView->evaluateJavaScript(script.value(), printOutcome("[BACK HANDLER]"));
     }
-    inBackground([screen = weakSelf(), currentUrl] {
+    inBackground([screen = weakSelf(), currentText] {
         if (const auto controller = screen.lock()) {
             controller->logEvent(EventConstants::BACK_BUTTON_PRESSED,
-                                 {{"current_url", currentUrl}});
+                                 {{"current_url", currentText}});
         }
     });
 }

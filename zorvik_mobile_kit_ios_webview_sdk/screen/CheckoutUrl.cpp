@@ -1,6 +1,5 @@
 #include <utility>
 
-#include "core/APIUtils.h"
 #include "platform/foundation/URLComponents.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/CheckoutPage.h"
@@ -10,21 +9,6 @@ namespace zorvik {
 using platform::URL;
 using platform::URLComponents;
 using platform::URLQueryItem;
-using platform::URLRequest;
-
-std::string checkoutPageAddress() {
-    constexpr std::string_view placeholder = "?token=%@";
-    std::string address = APIUtils::webViewViewUrl();
-    for (auto at = address.find(placeholder); at != std::string::npos;
-         at = address.find(placeholder, at)) {
-        address.erase(at, placeholder.size());
-    }
-    return address;
-}
-
-URLRequest checkoutPageRequest(const URL& url) {
-    return {url, URLRequest::CachePolicy::useProtocolCachePolicy, 60};
-}
 
 std::string ZorvikCheckoutWebView::buildCheckoutUrl() {
     if (isUrlBuilt && cachedCheckoutUrl) return *cachedCheckoutUrl;

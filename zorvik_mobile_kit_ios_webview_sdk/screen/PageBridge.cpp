@@ -111,31 +111,15 @@ Array appObjects(const std::vector<UPIAppsVO>& apps) {
 
 }  // namespace
 
-std::optional<std::map<std::string, std::string>> intentFields(const ScriptValue& body) {
-    if (body.type != ScriptValue::Type::string) return std::nullopt;
-    const auto parsed = JSONSerialization::jsonObject(
-        body.text, JSONSerialization::ReadingOptions::fragmentsAllowed);
-    if (!parsed || parsed.value().dictionary() == nullptr) return std::nullopt;
-    std::map<std::string, std::string> fields;
-    for (const auto& [key, value] : *parsed.value().dictionary()) {
-        if (value.string() == nullptr) return std::nullopt;
-        fields.emplace(key, *value.string());
-    }
-    return fields;
-}
-
-std::string postMessageScript(std::string_view escapedJson) {
-    return joined("window.postMessage('", escapedJson, "', '*');");
-}
-
 void ZorvikCheckoutWebView::userContentControllerDidReceive(
     platform::WKUserContentController& /*controller*/, const platform::WKScriptMessage& message) {
-    LogUtil::debugLog(joined("Received message: ", message.name, " - ", message.body.text));
-    if (message.name != "openUpiIntent") {
-        LogUtil::debugLog(joined("Ignoring message: ", message.name));
+    LogUtil::debugLog(
+        [&] { return joined("Received message: ", message.name, " - ", message.body.text); });
+    if (message.name != intentMessageName) {
+        LogUtil::debugLog([&] { return joined("Ignoring message: ", message.name); });
         return;
     }
-    LogUtil::debugLog(joined("Received JavaScript message: ", message.body.text));
+    LogUtil::debugLog([&] { return joined("Received JavaScript message: ", message.body.text); });
     const auto fields = intentFields(message.body);
     logEvent(EventConstants::UPI_INTENT_STARTED,
              {{"transactionId", fields ? transactionId(*fields, messageTransactionIdKeys) : ""},
@@ -165,8 +149,10 @@ void ZorvikCheckoutWebView::sendUPIResponse(const std::string& status, const std
     const auto data = JSONSerialization::data(Dictionary{
         {"sdk_upi_intent_response", status}, {"sdk_transaction_enquiry_response", message}});
     if (!data) {
-        LogUtil::debugLog(
-            joined("Failed to serialize response to JSON: ", data.error().localizedDescription));
+        LogUtil::debugLog([&] {
+            return joined("Failed to serialize response to JSON: ",
+                          data.error().localizedDescription);
+        });
     }
     const std::string json = data ? data.value() : "{}";
     printLine(joined("[UPI RESPONSE] 📋 JSON String: ", json));

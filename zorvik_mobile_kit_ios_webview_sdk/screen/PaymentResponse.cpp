@@ -92,14 +92,4 @@ void ZorvikCheckoutWebView::handleParsedResponse(const Dictionary& data) {
         });
 }
 
-void ZorvikCheckoutWebView::reportFailureNextTurn(const Dictionary& payload) {
-    DispatchQueue::main().async([screen = weakSelf(), payload] {
-        if (const auto controller = screen.lock()) controller->reportFailure(payload);
-    });
-}
-
-void ZorvikCheckoutWebView::reportFailure(const Dictionary& payload) {
-    if (const auto receiver = delegate()) receiver->zorvikCheckoutWebViewDidFail(self(), payload);
-}
-
 }  // namespace zorvik

@@ -41,13 +41,13 @@ void ZorvikCheckoutWebView::handleUPIIntent(const platform::WKScriptMessage& mes
 
 void ZorvikCheckoutWebView::launchUPIApp(const std::string& packageName, const std::string& upiUrl,
                                          const std::string& transactionId) {
-    LogUtil::debugLog(joined("📱 Package name: ", packageName));
-    LogUtil::debugLog(joined("🔗 UPI URL: ", upiUrl));
-    LogUtil::debugLog(joined("🔢 Transaction ID: ", transactionId));
-    LogUtil::debugLog(joined("📱 Launch attempt at: ", description(currentDate())));
+    LogUtil::debugLog([&] { return joined("📱 Package name: ", packageName); });
+    LogUtil::debugLog([&] { return joined("🔗 UPI URL: ", upiUrl); });
+    LogUtil::debugLog([&] { return joined("🔢 Transaction ID: ", transactionId); });
+    LogUtil::debugLog([&] { return joined("📱 Launch attempt at: ", description(currentDate())); });
     const auto url = platform::URL::parse(upiUrl);
     if (!url) {
-        LogUtil::debugLog(joined("❌ Invalid UPI URL: ", upiUrl));
+        LogUtil::debugLog([&] { return joined("❌ Invalid UPI URL: ", upiUrl); });
         logEvent(EventConstants::EXCEPTION_THROWN, {{"error", "Invalid UPI URL"}});
         sendUPIResponse("unavailable", "Invalid UPI URL");
         return;
@@ -68,7 +68,8 @@ void ZorvikCheckoutWebView::launchUPIApp(const std::string& packageName, const s
             if (opened) {
                 printLine("[UPI LAUNCH] ✅ UPI app launched successfully!");
                 printLine("[UPI LAUNCH] 📱 App will go to background");
-                if (const auto controller = screen.lock()) {
+                // A screen that was torn down meanwhile leaves no record behind.
+                if (const auto controller = screen.lock(); controller && controller->webView) {
                     controller->storeTransactionDetails(transactionId, packageName);
                 }
             } else {

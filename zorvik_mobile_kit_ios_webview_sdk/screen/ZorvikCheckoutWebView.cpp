@@ -4,18 +4,22 @@
 
 #include "core/EventConstants.h"
 #include "platform/foundation/Console.h"
+#include "platform/runtime/DispatchQueue.h"
 #include "platform/runtime/Environment.h"
 #include "platform/runtime/MainThread.h"
 #include "platform/runtime/NotificationCenter.h"
 #include "platform/runtime/UserDefaults.h"
 #include "platform/uikit/UIApplication.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/ErrorMessages.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/screen/IntentMessage.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/TransactionRecord.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/shared/CheckoutEvents.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/shared/Text.h"
 
 namespace zorvik {
 
+using platform::Dictionary;
+using platform::DispatchQueue;
 using platform::makeOnMainThread;
 using platform::NotificationCenter;
 using platform::NSLayoutConstraint;
@@ -30,9 +34,6 @@ using platform::UserDefaults;
 using platform::WKWebView;
 
 namespace {
-
-// The only message the page may post.
-constexpr auto intentMessageName = "openUpiIntent";
 
 // Pins a view to the root's safe area, and at the bottom to the given anchor.
 void pinToSafeArea(UIView& view, UIView& root, const platform::NSLayoutAnchor& bottom) {
@@ -77,8 +78,22 @@ std::weak_ptr<ZorvikCheckoutWebView> ZorvikCheckoutWebView::weakSelf() {
 }
 
 void ZorvikCheckoutWebView::logEvent(const std::string& eventName,
-                                     const platform::Dictionary& additionalData) const {
+                                     const Dictionary& additionalData) const {
     logCheckoutEvent(eventName, options().orderToken, additionalData);
+}
+
+std::optional<platform::URL> ZorvikCheckoutWebView::currentUrl() const {
+    return webView ? webView->url() : std::nullopt;
+}
+
+void ZorvikCheckoutWebView::reportFailureNextTurn(const Dictionary& payload) {
+    DispatchQueue::main().async([screen = weakSelf(), payload] {
+        if (const auto controller = screen.lock()) controller->reportFailure(payload);
+    });
+}
+
+void ZorvikCheckoutWebView::reportFailure(const Dictionary& payload) {
+    if (const auto receiver = delegate()) receiver->zorvikCheckoutWebViewDidFail(self(), payload);
 }
 
 void ZorvikCheckoutWebView::viewDidLoad() {
@@ -118,7 +133,7 @@ void ZorvikCheckoutWebView::setupWebView() {
     webView->setTranslatesAutoresizingMaskIntoConstraints(false);
     webView->setUIDelegate(weakSelf());
     webView->setNavigationDelegate(weakSelf());
-    webView->configuration().userContentController->add(weakSelf(), intentMessageName);
+    webView->configuration().userContentController->add(weakSelf(), std::string(intentMessageName));
     view()->addSubview(webView);
     pinToSafeArea(*webView, *view(), view()->safeAreaLayoutGuide().bottomAnchor);
 }
@@ -194,7 +209,7 @@ void ZorvikCheckoutWebView::cleanup() {
         auto& content = *webView->configuration().userContentController;
         content.removeAllUserScripts();
         content.removeAllContentRuleLists();
-        content.removeScriptMessageHandler(intentMessageName);
+        content.removeScriptMessageHandler(std::string(intentMessageName));
         webView->setUIDelegate({});
         webView->setNavigationDelegate({});
     }

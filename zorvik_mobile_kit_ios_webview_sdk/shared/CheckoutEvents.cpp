@@ -17,7 +17,8 @@ void logCheckoutEvent(const std::string& eventName, const std::optional<std::str
                                     std::string(SDKVersion::version));
 }
 
-void logEvent(const std::string& eventName, const platform::Dictionary& additionalData) {
+void logEventWithoutOrder(const std::string& eventName,
+                          const platform::Dictionary& additionalData) {
     EventLoggingUtils::safeLogEvent(eventName, std::nullopt, std::nullopt, std::nullopt,
                                     additionalData, std::string(SDKVersion::version));
 }

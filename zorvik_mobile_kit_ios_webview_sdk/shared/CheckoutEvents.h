@@ -12,7 +12,7 @@ namespace zorvik {
 void logCheckoutEvent(const std::string& eventName, const std::optional<std::string>& orderToken,
                       const platform::Dictionary& additionalData);
 // Logs an event that belongs to no checkout, now. Any thread.
-void logEvent(const std::string& eventName, const platform::Dictionary& additionalData);
+void logEventWithoutOrder(const std::string& eventName, const platform::Dictionary& additionalData);
 
 // Runs a task on the background event queue; the caller does not wait.
 void inBackground(std::function<void()> task);
