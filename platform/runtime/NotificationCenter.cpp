@@ -11,12 +11,12 @@ NotificationCenter& NotificationCenter::defaultCenter() {
     return Environment::notificationCenter();
 }
 
-void NotificationCenter::add(const std::weak_ptr<const void>& observer, const std::string& name,
+void NotificationCenter::add(const std::weak_ptr<const void>& observer, std::string_view name,
                              std::function<void()> deliver) {
     assertMainThread();
     std::erase_if(registrations_, [](const auto& entry) { return entry->observer.expired(); });
     registrations_.push_back(std::make_shared<Registration>(
-        Registration{observer.lock().get(), observer, name, std::move(deliver)}));
+        Registration{observer.lock().get(), observer, std::string(name), std::move(deliver)}));
 }
 
 void NotificationCenter::removeObserver(const void* observer) {
@@ -28,7 +28,7 @@ void NotificationCenter::removeObserver(const void* observer) {
     });
 }
 
-void NotificationCenter::post(const std::string& name) {
+void NotificationCenter::post(std::string_view name) {
     assertMainThread();
     // Delivered from a copy: observers come and go inside the delivery.
     std::vector<std::shared_ptr<Registration>> matching;

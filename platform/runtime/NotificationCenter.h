@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zorvik::platform {
@@ -17,7 +18,7 @@ class NotificationCenter {
     // The observer is held weakly; adding it again for the same name delivers twice.
     template <class Observer>
     void addObserver(const std::weak_ptr<Observer>& observer, void (Observer::*selector)(),
-                     const std::string& name) {
+                     std::string_view name) {
         add(observer, name, [observer, selector] {
             if (const auto object = observer.lock()) ((*object).*selector)();
         });
@@ -25,7 +26,7 @@ class NotificationCenter {
     // Ends every registration of this observer, in the middle of a delivery too. The object is
     // only compared, so a destructor may call it.
     void removeObserver(const void* observer);
-    void post(const std::string& name);
+    void post(std::string_view name);
 
   private:
     struct Registration {
@@ -36,7 +37,7 @@ class NotificationCenter {
         bool isRemoved = false;
     };
 
-    void add(const std::weak_ptr<const void>& observer, const std::string& name,
+    void add(const std::weak_ptr<const void>& observer, std::string_view name,
              std::function<void()> deliver);
 
     std::vector<std::shared_ptr<Registration>> registrations_;

@@ -8,9 +8,6 @@
 
 namespace zorvik::platform {
 
-const std::string UIApplication::didBecomeActiveNotification =
-    "UIApplicationDidBecomeActiveNotification";
-
 UIApplication& UIApplication::shared() {
     return Environment::sharedApplication();
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <functional>
-#include <string>
+#include <string_view>
 
 #include "platform/services/ApplicationService.h"
 
@@ -11,7 +11,8 @@ namespace zorvik::platform {
 class UIApplication : private ApplicationDelegate {
   public:
     // Posted to the default notification centre each time the application comes back to the front.
-    static const std::string didBecomeActiveNotification;
+    static constexpr std::string_view didBecomeActiveNotification =
+        "UIApplicationDidBecomeActiveNotification";
 
     static UIApplication& shared();
 

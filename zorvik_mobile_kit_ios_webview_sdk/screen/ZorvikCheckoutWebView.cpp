@@ -76,7 +76,7 @@ std::weak_ptr<ZorvikCheckoutWebView> ZorvikCheckoutWebView::weakSelf() {
     return self();
 }
 
-void ZorvikCheckoutWebView::logEvent(const std::string& eventName,
+void ZorvikCheckoutWebView::logEvent(std::string_view eventName,
                                      const platform::Dictionary& additionalData) const {
     logCheckoutEvent(eventName, options().orderToken, additionalData);
 }

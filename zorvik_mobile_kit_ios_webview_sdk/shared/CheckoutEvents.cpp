@@ -9,17 +9,17 @@
 
 namespace zorvik {
 
-void logCheckoutEvent(const std::string& eventName, const std::optional<std::string>& orderToken,
+void logCheckoutEvent(std::string_view eventName, const std::optional<std::string>& orderToken,
                       const platform::Dictionary& additionalData) {
     const std::string token = orderToken.value_or("");
     EventLoggingUtils::safeLogEvent(eventName, ZorvikCheckoutSDK::getOrderID(token), orderToken,
                                     ZorvikCheckoutSDK::getSubMerchantID(token), additionalData,
-                                    std::string(SDKVersion::version));
+                                    SDKVersion::version);
 }
 
-void logEvent(const std::string& eventName, const platform::Dictionary& additionalData) {
+void logEvent(std::string_view eventName, const platform::Dictionary& additionalData) {
     EventLoggingUtils::safeLogEvent(eventName, std::nullopt, std::nullopt, std::nullopt,
-                                    additionalData, std::string(SDKVersion::version));
+                                    additionalData, SDKVersion::version);
 }
 
 void inBackground(std::function<void()> task) {
