@@ -24,7 +24,6 @@ struct State {
     std::mutex mutex;
     std::shared_ptr<const Configuration> configuration;
     std::map<Operation, Error> failures;
-    std::string zorvikTechUrl;
     std::optional<std::string> appCode;
 };
 
@@ -128,11 +127,6 @@ void DevelopmentCore::failOn(Operation operation, std::optional<Error> error) {
     }
 }
 
-std::string DevelopmentCore::zorvikTechUrl() const {
-    const std::scoped_lock lock(state().mutex);
-    return state().zorvikTechUrl;
-}
-
 void DevelopmentCore::createOrder(double amount, const std::string& currency,
                                   const std::vector<Dictionary>& orderLineItems,
                                   const std::optional<Dictionary>& user,
@@ -228,10 +222,8 @@ std::string APIUtils::webViewRespCheckUrl() {
     return configuration ? configuration->webViewRespCheckUrl : "";
 }
 
-void APIUtils::setZorvikTechUrl(const std::string& url) {
-    const std::scoped_lock lock(state().mutex);
-    state().zorvikTechUrl = url;
-}
+// The addresses are those of the configuration, whatever back end the host asks for.
+void APIUtils::setZorvikTechUrl(const std::string& /*url*/) {}
 
 void ZorvikUPIAppDetector::getUPIAppsList(const std::string& /*token*/, Completion completion) {
     development::perform<std::vector<UPIAppsVO>>(development::Operation::getUPIAppsList,

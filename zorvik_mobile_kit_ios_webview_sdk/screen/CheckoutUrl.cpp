@@ -23,7 +23,7 @@ std::string checkoutPageAddress() {
 }
 
 URLRequest checkoutPageRequest(const URL& url) {
-    return {url, URLRequest::CachePolicy::useProtocolCachePolicy, 60};
+    return {url, 60};
 }
 
 std::string ZorvikCheckoutWebView::buildCheckoutUrl() {
