@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/foundation/Value.h"
 
@@ -10,12 +11,11 @@ namespace zorvik {
 // Records analytics events. Never fails, whatever it is given; any thread, several at once.
 class EventLoggingUtils {
   public:
-    static void safeLogEvent(const std::string& eventName,
-                             const std::optional<std::string>& orderId,
+    static void safeLogEvent(std::string_view eventName, const std::optional<std::string>& orderId,
                              const std::optional<std::string>& token,
                              const std::optional<std::string>& subMerchantId,
                              const std::optional<platform::Dictionary>& additionalData,
-                             const std::string& sdkVersion) noexcept;
+                             std::string_view sdkVersion) noexcept;
 };
 
 class EventLoggingService {

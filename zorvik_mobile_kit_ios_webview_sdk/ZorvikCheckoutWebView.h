@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "core/OrderRecords.h"
@@ -93,7 +94,7 @@ class ZorvikCheckoutWebView : public platform::UIViewController,
     std::shared_ptr<ZorvikCheckoutWebView> self();
     std::weak_ptr<ZorvikCheckoutWebView> weakSelf();
     // Logs an event of this checkout now. Any thread.
-    void logEvent(const std::string& eventName, const platform::Dictionary& additionalData) const;
+    void logEvent(std::string_view eventName, const platform::Dictionary& additionalData) const;
 
     // The page's address; nullopt before a load, after the web process died and without a web view.
     std::optional<platform::URL> currentUrl() const;

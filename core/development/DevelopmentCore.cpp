@@ -24,7 +24,6 @@ struct State {
     std::mutex mutex;
     std::shared_ptr<const Configuration> configuration;
     std::map<Operation, Error> failures;
-    std::string zorvikTechUrl;
     std::optional<std::string> appCode;
 };
 
@@ -128,11 +127,6 @@ void DevelopmentCore::failOn(Operation operation, std::optional<Error> error) {
     }
 }
 
-std::string DevelopmentCore::zorvikTechUrl() const {
-    const std::scoped_lock lock(state().mutex);
-    return state().zorvikTechUrl;
-}
-
 void DevelopmentCore::createOrder(double amount, const std::string& currency,
                                   const std::vector<Dictionary>& orderLineItems,
                                   const std::optional<Dictionary>& user,
@@ -228,10 +222,8 @@ std::string APIUtils::webViewRespCheckUrl() {
     return configuration ? configuration->webViewRespCheckUrl : "";
 }
 
-void APIUtils::setZorvikTechUrl(const std::string& url) {
-    const std::scoped_lock lock(state().mutex);
-    state().zorvikTechUrl = url;
-}
+// The addresses are those of the configuration, whatever back end the host asks for.
+void APIUtils::setZorvikTechUrl(const std::string& /*url*/) {}
 
 void ZorvikUPIAppDetector::getUPIAppsList(const std::string& /*token*/, Completion completion) {
     development::perform<std::vector<UPIAppsVO>>(development::Operation::getUPIAppsList,
@@ -255,12 +247,12 @@ bool ZorvikUPIAppDetector::isUPIAppReturnURL(const std::string& url) {
                        });
 }
 
-void EventLoggingUtils::safeLogEvent(const std::string& eventName,
+void EventLoggingUtils::safeLogEvent(std::string_view eventName,
                                      const std::optional<std::string>& orderId,
                                      const std::optional<std::string>& token,
                                      const std::optional<std::string>& subMerchantId,
                                      const std::optional<platform::Dictionary>& additionalData,
-                                     const std::string& sdkVersion) noexcept {
+                                     std::string_view sdkVersion) noexcept {
     try {
         std::shared_ptr<const development::Configuration> configuration;
         std::optional<std::string> appCode;
@@ -270,8 +262,8 @@ void EventLoggingUtils::safeLogEvent(const std::string& eventName,
             appCode = state().appCode;
         }
         if (!configuration || !configuration->eventSink) return;
-        configuration->eventSink->record(
-            {eventName, orderId, token, subMerchantId, additionalData, sdkVersion, appCode});
+        configuration->eventSink->record({std::string(eventName), orderId, token, subMerchantId,
+                                          additionalData, std::string(sdkVersion), appCode});
     } catch (...) {
         // An event is never worth the payment it tells of.
     }
@@ -282,18 +274,18 @@ void EventLoggingService::setAppCode(const std::optional<std::string>& appCode) 
     state().appCode = appCode;
 }
 
-const std::string EventConstants::SDK_INITIALIZED = "SDK_INITIALIZED";
-const std::string EventConstants::CHECKOUT_INITIATED = "CHECKOUT_INITIATED";
-const std::string EventConstants::UPDATE_ORDER_PAYLOAD = "UPDATE_ORDER_PAYLOAD";
-const std::string EventConstants::UPI_APPS_LISTED = "UPI_APPS_LISTED";
-const std::string EventConstants::EXCEPTION_THROWN = "EXCEPTION_THROWN";
-const std::string EventConstants::BACK_BUTTON_PRESSED = "BACK_BUTTON_PRESSED";
-const std::string EventConstants::PAYMENT_STATUS = "PAYMENT_STATUS";
-const std::string EventConstants::WEBVIEW_LAUNCH = "WEBVIEW_LAUNCH";
-const std::string EventConstants::WEBVIEW_LOADED = "WEBVIEW_LOADED";
-const std::string EventConstants::WEBVIEW_FAILED = "WEBVIEW_FAILED";
-const std::string EventConstants::URL_INTERCEPTED = "URL_INTERCEPTED";
-const std::string EventConstants::REDIRECT_URL_HIT = "REDIRECT_URL_HIT";
-const std::string EventConstants::UPI_INTENT_STARTED = "UPI_INTENT_STARTED";
+constinit const std::string_view EventConstants::SDK_INITIALIZED = "SDK_INITIALIZED";
+constinit const std::string_view EventConstants::CHECKOUT_INITIATED = "CHECKOUT_INITIATED";
+constinit const std::string_view EventConstants::UPDATE_ORDER_PAYLOAD = "UPDATE_ORDER_PAYLOAD";
+constinit const std::string_view EventConstants::UPI_APPS_LISTED = "UPI_APPS_LISTED";
+constinit const std::string_view EventConstants::EXCEPTION_THROWN = "EXCEPTION_THROWN";
+constinit const std::string_view EventConstants::BACK_BUTTON_PRESSED = "BACK_BUTTON_PRESSED";
+constinit const std::string_view EventConstants::PAYMENT_STATUS = "PAYMENT_STATUS";
+constinit const std::string_view EventConstants::WEBVIEW_LAUNCH = "WEBVIEW_LAUNCH";
+constinit const std::string_view EventConstants::WEBVIEW_LOADED = "WEBVIEW_LOADED";
+constinit const std::string_view EventConstants::WEBVIEW_FAILED = "WEBVIEW_FAILED";
+constinit const std::string_view EventConstants::URL_INTERCEPTED = "URL_INTERCEPTED";
+constinit const std::string_view EventConstants::REDIRECT_URL_HIT = "REDIRECT_URL_HIT";
+constinit const std::string_view EventConstants::UPI_INTENT_STARTED = "UPI_INTENT_STARTED";
 
 }  // namespace zorvik

@@ -46,15 +46,11 @@ class DevelopmentCore : public ZorvikCoreApiSDK {
     static DevelopmentCore& shared();
 
     // Replaces the whole configuration and ends failures on demand. Calls already made keep to
-    // what was in force when they were made. What the host set (application code, back-end
-    // address) stays.
+    // what was in force when they were made. The host's application code stays.
     void configure(Configuration configuration);
 
     // From now on the operation fails with this Error; nullopt: it works again.
     void failOn(Operation operation, std::optional<platform::Error> error);
-
-    // The back-end address the host set last, "" before.
-    std::string zorvikTechUrl() const;
 
     void createOrder(double amount, const std::string& currency,
                      const std::vector<platform::Dictionary>& orderLineItems,

@@ -79,17 +79,6 @@ std::vector<RecordedEvent> MemoryEventSink::events() const {
     return events_;
 }
 
-std::size_t MemoryEventSink::count() const {
-    const std::scoped_lock lock(mutex_);
-    return events_.size();
-}
-
-std::shared_ptr<JSONLinesEventSink> JSONLinesEventSink::appendingTo(const std::string& path) {
-    std::ofstream file(path, std::ios::app);
-    if (!file) return nullptr;
-    return std::shared_ptr<JSONLinesEventSink>(new JSONLinesEventSink(std::move(file)));
-}
-
 void JSONLinesEventSink::record(const RecordedEvent& event) {
     const Value value = asValue(event);
     auto line = JSONSerialization::data(value);

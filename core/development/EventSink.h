@@ -1,8 +1,5 @@
 #pragma once
 
-#include <cstddef>
-#include <fstream>
-#include <memory>
 #include <mutex>
 #include <optional>
 #include <ostream>
@@ -22,8 +19,6 @@ struct RecordedEvent {
     std::optional<platform::Dictionary> additionalData;
     std::string sdkVersion;
     std::optional<std::string> appCode;  // the host's code in force when the event was logged
-
-    friend bool operator==(const RecordedEvent&, const RecordedEvent&) = default;
 };
 
 // Where events go. Shared by the configuration and its owner; called on any thread, several at
@@ -39,7 +34,6 @@ class MemoryEventSink : public EventSink {
   public:
     void record(const RecordedEvent& event) override;
     std::vector<RecordedEvent> events() const;
-    std::size_t count() const;
 
   private:
     mutable std::mutex mutex_;
@@ -53,16 +47,11 @@ class JSONLinesEventSink : public EventSink {
   public:
     // The stream must outlive the sink and is written to by nobody else meanwhile.
     explicit JSONLinesEventSink(std::ostream& stream) : stream_(stream) {}
-    // Appends to a file, made when missing; nullptr when it cannot be opened.
-    static std::shared_ptr<JSONLinesEventSink> appendingTo(const std::string& path);
 
     void record(const RecordedEvent& event) override;
 
   private:
-    explicit JSONLinesEventSink(std::ofstream file) : file_(std::move(file)), stream_(file_) {}
-
     std::mutex mutex_;
-    std::ofstream file_;
     std::ostream& stream_;
 };
 

@@ -151,6 +151,7 @@ Result<OrderRecord> MemoryOrderBook::recordPayment(const std::string& orderId,
         order.payments.begin(), order.payments.end(),
         [&](const Payment& one) { return one.transactionId == payment.transactionId; });
     const bool isKnown = known != order.payments.end();
+    if (isKnown && *known == payment) return order;
     if (isKnown && isSettled(known->status)) {
         if (known->status == payment.status) return order;
         return refusal("Transaction \"" + payment.transactionId + "\" is settled as " +

@@ -1,6 +1,8 @@
 #include "platform/foundation/Console.h"
 
+#include <condition_variable>
 #include <cstdio>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -9,9 +11,15 @@ namespace zorvik::platform {
 
 namespace {
 
+struct Sink {
+    const std::function<void(std::string_view)> function;
+    int calls = 0;  // under way; the console's mutex guards it
+};
+
 struct Console {
     std::mutex mutex;
-    std::function<void(std::string_view)> sink;
+    std::condition_variable callEnded;
+    std::shared_ptr<Sink> sink;
 };
 
 // Never destroyed: a thread may print while the process ends.
@@ -20,17 +28,45 @@ Console& console() {
     return *instance;
 }
 
+thread_local bool isInsideSink = false;
+
+// The sink in force, when there is one and this thread is not inside one, counted as called for as
+// long as this lives. No lock is held meanwhile.
+class SinkCall {
+  public:
+    SinkCall() {
+        if (isInsideSink) return;
+        const std::scoped_lock lock(console().mutex);
+        sink_ = console().sink;
+        if (!sink_) return;
+        ++sink_->calls;
+        isInsideSink = true;
+    }
+    SinkCall(const SinkCall&) = delete;
+    SinkCall& operator=(const SinkCall&) = delete;
+    ~SinkCall() {
+        if (!sink_) return;
+        isInsideSink = false;
+        const std::scoped_lock lock(console().mutex);
+        --sink_->calls;
+        console().callEnded.notify_all();
+        // Whoever waits for this call is the last to hold the sink, and destroys it.
+        if (sink_.use_count() > 1) sink_.reset();
+    }
+
+    const Sink* sink() const { return sink_.get(); }
+
+  private:
+    std::shared_ptr<Sink> sink_;
+};
+
 }  // namespace
 
 void printLine(std::string_view line) {
-    Console& target = console();
-    std::unique_lock lock(target.mutex);
-    if (target.sink) {
-        target.sink(line);
+    if (const SinkCall call; call.sink() != nullptr) {
+        call.sink()->function(line);
         return;
     }
-    lock.unlock();
-
     // One write with its newline; the stream's own lock keeps lines apart.
     std::string text;
     text.reserve(line.size() + 1);
@@ -40,10 +76,12 @@ void printLine(std::string_view line) {
 }
 
 void setConsoleSink(std::function<void(std::string_view line)> sink) {
-    Console& target = console();
+    auto exchanged = sink ? std::make_shared<Sink>(std::move(sink)) : nullptr;
     // The former sink is destroyed after the lock is gone: what it captured may print.
-    const std::scoped_lock lock(target.mutex);
-    target.sink.swap(sink);
+    std::unique_lock lock(console().mutex);
+    exchanged.swap(console().sink);
+    if (!exchanged || isInsideSink) return;
+    console().callEnded.wait(lock, [&] { return exchanged->calls == 0; });
 }
 
 }  // namespace zorvik::platform

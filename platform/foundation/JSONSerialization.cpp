@@ -1,9 +1,15 @@
 #include "platform/foundation/JSONSerialization.h"
 
 #include <cmath>
-#include <nlohmann/json.hpp>
+#include <cstdint>
+#include <map>
 #include <utility>
 #include <vector>
+
+// The parser asserts that the C library read its decimals to their end, which is not so where the
+// locale's decimal point has several bytes. What the C library read is not used here.
+#define JSON_ASSERT(condition) static_cast<void>(0)
+#include <nlohmann/json.hpp>
 
 #include "platform/foundation/Data.h"
 
@@ -19,11 +25,24 @@ Error writingError(std::string_view reason) {
     return Error{"JSON", 2, "The value has no JSON text: " + std::string(reason)};
 }
 
+// Stands in for the parser's own decimals, which lose digits and refuse what exceeds a double's
+// range: always finite, so that the parser goes on and hands over the number's text.
+class IgnoredNumber {
+  public:
+    IgnoredNumber(double) {}
+    operator double&() { return number_; }  // where the parser writes what it read
+    operator double() const { return 0; }
+
+  private:
+    double number_ = 0;
+};
+
 // Builds the value, or the one member asked for, from the parser's events. A false answer ends the
 // parsing; reason() then says why. Containers under way stand on a stack, so nothing recurses.
 class Reader {
   public:
-    using Library = nlohmann::json;
+    using Library = nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t,
+                                         std::uint64_t, IgnoredNumber>;
 
     explicit Reader(JSONSerialization::ReadingOptions options)
         : refusesFragments_(options == JSONSerialization::ReadingOptions::none) {}
@@ -36,14 +55,18 @@ class Reader {
     bool boolean(bool value) { return addScalar(value); }
     bool number_integer(Library::number_integer_t value) { return addScalar(value); }
     bool number_unsigned(Library::number_unsigned_t value) { return addScalar(value); }
-    bool number_float(Library::number_float_t value, const std::string& text) {
-        // The parser falls back to a double for integers beyond 64 bits, and to zero for numbers
-        // below a double's range.
-        const std::string_view digits = std::string_view(text).substr(0, text.find_first_of("eE"));
-        const bool isInteger = text.find_first_not_of("-0123456789") == std::string::npos;
-        const bool isZero = digits.find_first_of("123456789") == std::string_view::npos;
-        if (isInteger || (value == 0 && !isZero)) return refuse("a number does not fit");
-        return addScalar(value);
+    // Every decimal, and integers beyond 64 bits.
+    bool number_float(IgnoredNumber, const std::string& text) {
+        if (!keeps()) return addScalar(nullptr);
+        // The parser hands the decimal point over as the first byte of the locale's.
+        const std::size_t point = text.find_first_not_of("+-0123456789eE.");
+        std::string corrected;
+        if (point != std::string::npos) {
+            corrected = text;
+            corrected[point] = '.';
+        }
+        auto number = Value::parseNumber(corrected.empty() ? text : corrected);
+        return number ? addScalar(*std::move(number)) : refuse("a number");
     }
     bool string(std::string& value) { return addScalar(std::move(value)); }
     bool binary(Library::binary_t&) { return refuse("binary data"); }
@@ -146,6 +169,8 @@ class Writer {
         } else if (const double* number = value.number()) {
             if (!std::isfinite(*number)) return refuse("a number is not finite");
             text_ += description(*number);
+        } else if (const ExactNumber* exactNumber = value.exactNumber()) {
+            text_ += exactNumber->text();
         } else if (const std::string* string = value.string()) {
             return writeString(*string);
         } else if (const Array* array = value.array()) {

@@ -10,7 +10,8 @@
 
 namespace zorvik::platform {
 
-// Strict JSON (RFC 8259) in both directions. Pure; any thread; never throws.
+// Strict JSON (RFC 8259) in both directions. Numbers are exact: Value::parseNumber says which kind
+// of value each becomes, and none is a reason to refuse a text. Pure; any thread; never throws.
 class JSONSerialization {
   public:
     enum class ReadingOptions {
@@ -22,8 +23,7 @@ class JSONSerialization {
     static constexpr std::size_t maximumDepth = 512;
 
     // An Error for anything but one JSON text: text before or after it, bytes that are not UTF-8,
-    // nesting beyond maximumDepth, an integer beyond 64 bits, a number beyond a double's range.
-    // Of equal keys in one object the last wins.
+    // nesting beyond maximumDepth. Of equal keys in one object the last wins.
     static Result<Value> jsonObject(std::string_view text, ReadingOptions options);
 
     // The value of one key of the text's top-level object, nullopt when it has none; the text is

@@ -4,12 +4,9 @@
 
 namespace zorvik::platform {
 
-// A plain GET of a URL. A value; any thread.
+// A plain GET of a URL by the protocol's own caching rules. A value; any thread.
 struct URLRequest {
-    enum class CachePolicy { useProtocolCachePolicy = 0 };
-
     URL url;
-    CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
     double timeoutInterval = 60;  // seconds without any progress after which the load fails
 };
 

@@ -52,7 +52,7 @@ class CheckoutRoad : public GtkPortTest {
         development::DevelopmentCore::shared().configure(std::move(configuration));
     }
     // Creates an order, checks it out and waits for the event that ends the load.
-    void checkout(const std::string& event = EventConstants::WEBVIEW_LOADED) {
+    void checkout(std::string_view event = EventConstants::WEBVIEW_LOADED) {
         auto& sdk = ZorvikCheckoutSDK::shared();
         sdk.setDelegate(host);
         host->results.clear();
@@ -66,7 +66,7 @@ class CheckoutRoad : public GtkPortTest {
         sdk.checkout(presenter, {token, {}, {}, {}, {}});
         ASSERT_TRUE(waitUntil([&] { return countOf(event) > before && isScreenOpen(); }));
     }
-    bool waitForEvent(const std::string& name, std::ptrdiff_t times = 1) {
+    bool waitForEvent(std::string_view name, std::ptrdiff_t times = 1) {
         return waitUntil([&] { return countOf(name) >= times; });
     }
 
@@ -107,7 +107,7 @@ class CheckoutRoad : public GtkPortTest {
             names.push_back(event.eventName);
         return names;
     }
-    std::ptrdiff_t countOf(const std::string& name) const {
+    std::ptrdiff_t countOf(std::string_view name) const {
         return std::ranges::count(eventNames(), name);
     }
 

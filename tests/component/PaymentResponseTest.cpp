@@ -37,6 +37,8 @@ TEST_F(PaymentResponseTest, AResponseThatDecodesIsASuccessOneTurnLaterAndAnyOthe
         {"base64 without its padding", "eyJwYXlsb2FkIjp7fX0", std::nullopt},
         {"base64 with a line break", base64Encode(object) + "\n", std::nullopt},
         {"base64 of no JSON", base64Encode("hello!"), std::nullopt},
+        {"a reference of 21 digits", R"({"id":1e400,"payload":{"ref":[123456789012345678901]}})",
+         Dictionary{{"ref", platform::Array{*Value::parseNumber("123456789012345678901")}}}},
         {"no payload", R"({"status":"SUCCESS"})", Dictionary{}},
         {"payload a string", R"({"payload":"{}"})", Dictionary{}},
         {"no object", R"([{"payload":{"a":1}}])", Dictionary{}},

@@ -32,13 +32,13 @@ bool ZorvikUPIAppDetector::isUPIAppReturnURL(const std::string& url) {
     return url.starts_with("shopreturn://");
 }
 
-void EventLoggingUtils::safeLogEvent(const std::string& eventName,
+void EventLoggingUtils::safeLogEvent(std::string_view eventName,
                                      const std::optional<std::string>& orderId,
                                      const std::optional<std::string>& token,
                                      const std::optional<std::string>& subMerchantId,
                                      const std::optional<Dictionary>& additionalData,
-                                     const std::string& sdkVersion) noexcept {
-    std::string event = eventName;
+                                     std::string_view sdkVersion) noexcept {
+    std::string event(eventName);
     if (!orderId && !token && !subMerchantId) {
         event += " none";
     } else if (orderId != "order-7" || token != plainToken() || subMerchantId != "sub-3") {
@@ -64,18 +64,18 @@ void APIUtils::setZorvikTechUrl(const std::string& url) {
     ScriptedCore::current->techUrls.push_back(url);
 }
 
-const std::string EventConstants::SDK_INITIALIZED = "SDK_INITIALIZED";
-const std::string EventConstants::CHECKOUT_INITIATED = "CHECKOUT_INITIATED";
-const std::string EventConstants::UPDATE_ORDER_PAYLOAD = "UPDATE_ORDER_PAYLOAD";
-const std::string EventConstants::UPI_APPS_LISTED = "UPI_APPS_LISTED";
-const std::string EventConstants::EXCEPTION_THROWN = "EXCEPTION_THROWN";
-const std::string EventConstants::BACK_BUTTON_PRESSED = "BACK_BUTTON_PRESSED";
-const std::string EventConstants::PAYMENT_STATUS = "PAYMENT_STATUS";
-const std::string EventConstants::WEBVIEW_LAUNCH = "WEBVIEW_LAUNCH";
-const std::string EventConstants::WEBVIEW_LOADED = "WEBVIEW_LOADED";
-const std::string EventConstants::WEBVIEW_FAILED = "WEBVIEW_FAILED";
-const std::string EventConstants::URL_INTERCEPTED = "URL_INTERCEPTED";
-const std::string EventConstants::REDIRECT_URL_HIT = "REDIRECT_URL_HIT";
-const std::string EventConstants::UPI_INTENT_STARTED = "UPI_INTENT_STARTED";
+constinit const std::string_view EventConstants::SDK_INITIALIZED = "SDK_INITIALIZED";
+constinit const std::string_view EventConstants::CHECKOUT_INITIATED = "CHECKOUT_INITIATED";
+constinit const std::string_view EventConstants::UPDATE_ORDER_PAYLOAD = "UPDATE_ORDER_PAYLOAD";
+constinit const std::string_view EventConstants::UPI_APPS_LISTED = "UPI_APPS_LISTED";
+constinit const std::string_view EventConstants::EXCEPTION_THROWN = "EXCEPTION_THROWN";
+constinit const std::string_view EventConstants::BACK_BUTTON_PRESSED = "BACK_BUTTON_PRESSED";
+constinit const std::string_view EventConstants::PAYMENT_STATUS = "PAYMENT_STATUS";
+constinit const std::string_view EventConstants::WEBVIEW_LAUNCH = "WEBVIEW_LAUNCH";
+constinit const std::string_view EventConstants::WEBVIEW_LOADED = "WEBVIEW_LOADED";
+constinit const std::string_view EventConstants::WEBVIEW_FAILED = "WEBVIEW_FAILED";
+constinit const std::string_view EventConstants::URL_INTERCEPTED = "URL_INTERCEPTED";
+constinit const std::string_view EventConstants::REDIRECT_URL_HIT = "REDIRECT_URL_HIT";
+constinit const std::string_view EventConstants::UPI_INTENT_STARTED = "UPI_INTENT_STARTED";
 
 }  // namespace zorvik

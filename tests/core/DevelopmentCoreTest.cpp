@@ -2,9 +2,13 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <deque>
 #include <future>
 
+#include "core/EventConstants.h"
+#include "core/EventLogging.h"
 #include "core/ZorvikUPIAppDetector.h"
 
 namespace zorvik::development {
@@ -13,6 +17,23 @@ using platform::Dictionary;
 using platform::Error;
 using platform::Result;
 using testing::HasSubstr;
+
+// Runs once every object of static storage is gone, as a background thread may: it is registered
+// before any of them is made.
+bool logsAtTheEnd = false;
+[[gnu::constructor(101)]] void registerTheEnd() {
+    std::atexit([] {
+        if (logsAtTheEnd)
+            EventLoggingUtils::safeLogEvent(EventConstants::UPDATE_ORDER_PAYLOAD, "o", {}, {}, {},
+                                            "1");
+    });
+}
+
+struct StandardErrorSink : EventSink {
+    void record(const RecordedEvent& event) override {
+        std::fprintf(stderr, "recorded %s\n", event.eventName.c_str());
+    }
+};
 
 // One core with a queue that runs when told to.
 class DevelopmentCoreTest : public testing::Test {
@@ -87,6 +108,14 @@ TEST_F(DevelopmentCoreTest, OnlyAddressesOfTheReturnSchemesAreReturns) {
     for (const char* url : {"nilgiri-return", "nilgiri-returns://done", "://done", "",
                             "https://shop.example/?next=nilgiri-return://done"})
         EXPECT_FALSE(ZorvikUPIAppDetector::isUPIAppReturnURL(url)) << url;
+}
+
+TEST_F(DevelopmentCoreTest, AnEventLoggedAsTheProcessEndsIsRecorded) {
+    configuration_.eventSink = std::make_shared<StandardErrorSink>();
+    core_.configure(configuration_);
+    logsAtTheEnd = true;
+    EXPECT_EXIT(std::exit(0), testing::ExitedWithCode(0), "recorded UPDATE_ORDER_PAYLOAD");
+    logsAtTheEnd = false;
 }
 
 TEST_F(DevelopmentCoreTest, WithoutAConfigurationEveryCallStillCompletesOnceWithAnError) {

@@ -58,6 +58,7 @@ TEST(OrderBookTest, TheStatusFollowsThePaymentsAndAPaidOrderIsNeverPaidAgain) {
         {"contradiction", {{"T1", failed}, {"T1", success}, {"T1", pending}}, "+--", failed},
         {"paid twice", {{"T1", success}, {"T2", success}, {"T2", failed}}, "+-+", success},
         {"paid twice late", {{"T1", pending}, {"T2", success}, {"T1", success}}, "++-", success},
+        {"told again late", {{"T1", pending}, {"T2", success}, {"T1", pending}}, "+++", success},
         {"nonsense", {{"", success}, {"T1", created}}, "--", created},
     };
     for (const Row& row : rows) {

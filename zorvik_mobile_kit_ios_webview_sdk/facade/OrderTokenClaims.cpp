@@ -71,6 +71,9 @@ std::string ZorvikCheckoutSDK::getSubMerchantID(std::string_view token) {
     if (const auto* text = subMerchantId->string()) return *text;
     if (const auto* integer = subMerchantId->integer()) return std::to_string(*integer);
     if (const auto* integer = subMerchantId->unsignedInteger()) return std::to_string(*integer);
+    if (const auto* number = subMerchantId->exactNumber(); number && number->isInteger()) {
+        return number->text();
+    }
     return "";
 }
 

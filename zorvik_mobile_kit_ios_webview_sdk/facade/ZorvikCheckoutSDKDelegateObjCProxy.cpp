@@ -48,7 +48,7 @@ void ZorvikCheckoutSDKDelegateObjCProxy::zorvikCheckoutWebViewDidSucceed(
                                             Dictionary{{"transactionId", transactionId},
                                                        {"payload", printedPayload},
                                                        {"status", "success"}},
-                                            std::string(SDKVersion::version));
+                                            SDKVersion::version);
         });
     if (const auto host = delegate_.lock()) host->onCheckoutResponse(payload);
     screen->dismiss(true);

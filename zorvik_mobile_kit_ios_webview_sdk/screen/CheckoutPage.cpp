@@ -19,7 +19,7 @@ std::string checkoutPageAddress() {
 }
 
 URLRequest checkoutPageRequest(const URL& url) {
-    return {url, URLRequest::CachePolicy::useProtocolCachePolicy, 60};
+    return {url, 60};
 }
 
 std::string postMessageScript(std::string_view escapedJson) {

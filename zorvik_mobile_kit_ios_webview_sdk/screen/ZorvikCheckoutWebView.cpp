@@ -77,7 +77,7 @@ std::weak_ptr<ZorvikCheckoutWebView> ZorvikCheckoutWebView::weakSelf() {
     return self();
 }
 
-void ZorvikCheckoutWebView::logEvent(const std::string& eventName,
+void ZorvikCheckoutWebView::logEvent(std::string_view eventName,
                                      const Dictionary& additionalData) const {
     logCheckoutEvent(eventName, options().orderToken, additionalData);
 }

@@ -9,18 +9,17 @@
 
 namespace zorvik {
 
-void logCheckoutEvent(const std::string& eventName, const std::optional<std::string>& orderToken,
+void logCheckoutEvent(std::string_view eventName, const std::optional<std::string>& orderToken,
                       const platform::Dictionary& additionalData) {
     const std::string token = orderToken.value_or("");
     EventLoggingUtils::safeLogEvent(eventName, ZorvikCheckoutSDK::getOrderID(token), orderToken,
                                     ZorvikCheckoutSDK::getSubMerchantID(token), additionalData,
-                                    std::string(SDKVersion::version));
+                                    SDKVersion::version);
 }
 
-void logEventWithoutOrder(const std::string& eventName,
-                          const platform::Dictionary& additionalData) {
+void logEventWithoutOrder(std::string_view eventName, const platform::Dictionary& additionalData) {
     EventLoggingUtils::safeLogEvent(eventName, std::nullopt, std::nullopt, std::nullopt,
-                                    additionalData, std::string(SDKVersion::version));
+                                    additionalData, SDKVersion::version);
 }
 
 void inBackground(std::function<void()> task) {

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <future>
 #include <sstream>
 #include <thread>
+#include <vector>
 
 #include "platform/foundation/Console.h"
 
@@ -49,6 +52,43 @@ TEST(ConsoleTest, LinesOfSeveralThreadsStayWhole) {
     for (std::string line; std::getline(output, line);)
         whole += line == std::string(200, line.front());
     EXPECT_EQ(whole, 4 * 500);
+}
+
+TEST(ConsoleTest, ASinkMayPrintReplaceItselfAndWaitForOtherPrinters) {
+    std::vector<std::string> first;
+    std::vector<std::string> second;
+    testing::internal::CaptureStdout();
+    setConsoleSink([&](std::string_view line) {
+        if (line == "a") std::thread([] { printLine("b"); }).join();
+        if (line == "c") setConsoleSink([&](std::string_view next) { second.emplace_back(next); });
+        printLine("inside " + std::string(line));
+        first.emplace_back(line);
+    });
+    for (const char* line : {"a", "c", "d"})
+        printLine(line);
+    setConsoleSink({});
+    printLine("e");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "inside b\ninside a\ninside c\ne\n");
+    EXPECT_EQ(first, (std::vector<std::string>{"b", "a", "c"}));
+    EXPECT_EQ(second, std::vector<std::string>{"d"});
+}
+
+TEST(ConsoleTest, SettingASinkWaitsForCallsOfTheFormerOnOtherThreads) {
+    std::promise<void> entered;
+    std::atomic_bool isReplaced = false;
+    std::atomic_bool hasLeft = false;
+    setConsoleSink([&](std::string_view line) {
+        if (line == "probe") return;
+        entered.set_value();
+        while (!isReplaced)
+            std::thread([] { printLine("probe"); }).join();
+        hasLeft = true;
+    });
+    std::jthread printer([] { printLine("long"); });
+    entered.get_future().wait();
+    setConsoleSink([&](std::string_view) { isReplaced = true; });
+    EXPECT_TRUE(hasLeft);
+    setConsoleSink({});
 }
 
 }  // namespace

@@ -47,13 +47,69 @@ TEST(JSONSerializationTest, RefusesWhatIsNotOneJsonText) {
         {"a byte-order mark", "\xEF\xBB\xBF{}"},
         {"a string that is not UTF-8", "{\"a\":\"\xFF\"}"},
         {"a key that is not UTF-8", "{\"\xC3\":1}"},
-        {"an integer beyond unsigned 64 bits", "{\"a\":18446744073709551616}"},
-        {"an integer beyond signed 64 bits", "{\"a\":-9223372036854775809}"},
-        {"a number beyond a double", "{\"a\":1e400}"},
     };
     for (const auto& [name, text] : rows) {
         EXPECT_FALSE(JSONSerialization::jsonObject(text, Options::fragmentsAllowed)) << name;
         EXPECT_FALSE(JSONSerialization::member(text, "x")) << name;
+    }
+    for (const char* number : {"+1", ".5", "1.", "-", "--1", "01", "-01e400", "1e", "1e+",
+                               "1e400.5", "1,5", "0x10", "NaN", "Infinity", "1e400x", "1_0"}) {
+        const std::string object = R"({"a":)"s + number + "}";
+        EXPECT_FALSE(JSONSerialization::jsonObject(object, Options::none)) << number;
+        EXPECT_FALSE(JSONSerialization::member(object, "x")) << number;
+        EXPECT_EQ(Value::parseNumber(number), std::nullopt) << number;
+    }
+}
+
+TEST(JSONSerializationTest, NumbersAreNeverChangedAndNeverAReasonToRefuse) {
+    const std::string zeros(400, '0');
+    const std::pair<std::string, std::string> rows[] = {
+        // 64 bits, and one more
+        {"-9223372036854775808", "-9223372036854775808"},
+        {"-9223372036854775809", "-9223372036854775809"},
+        {"18446744073709551615", "18446744073709551615"},
+        {"18446744073709551616", "18446744073709551616"},
+        {"100000000000000000000", "100000000000000000000"},
+        {"-1" + zeros, "-1" + zeros},
+        // what a double holds
+        {"1499.50", "1499.5"},
+        {"1e2", "100.0"},
+        {"100000000000000000000.0", "1e+20"},
+        {"0.30000000000000004", "0.30000000000000004"},
+        {"0.1" + zeros, "0.1"},
+        {"1" + zeros + "e-400", "1.0"},
+        {"0." + zeros + "12E+401", "1.2"},
+        {"17976931348623157" + zeros + "e-108", "1.7976931348623157e+308"},
+        {"0.5e-323", "5e-324"},
+        // what it does not
+        {"12345678901234567890.123", "12345678901234567890.123"},
+        {"9007199254740993.0", "9007199254740993.0"},
+        {"1844674407370955500.0", "1844674407370955500.0"},  // a double prints it as ...520.0
+        {"0.1" + zeros + "1", "0.1" + zeros + "1"},
+        {"4.9e-324", "4.9e-324"},
+        {"1E400", "1E400"},
+        {"-1e-400", "-1e-400"},
+        {"1e99999999999999999999", "1e99999999999999999999"},
+        {"1e-99999999999999999999", "1e-99999999999999999999"},
+        // zero
+        {"-0", "0"},
+        {"-0.0", "-0.0"},
+        {"0e99999999999999999999", "0.0"},
+        {"-" + std::string("0.") + zeros + "E-5", "-0.0"},
+    };
+    for (const auto& [text, written] : rows) {
+        const auto value = JSONSerialization::jsonObject(text, Options::fragmentsAllowed);
+        ASSERT_TRUE(value) << text;
+        EXPECT_EQ(Value::parseNumber(text), value.value()) << text;
+        EXPECT_EQ(description(value.value()), written);
+        EXPECT_EQ(JSONSerialization::data(value.value()).value(), written);
+        const auto again = JSONSerialization::jsonObject(written, Options::fragmentsAllowed);
+        EXPECT_EQ(again.value(), value.value()) << text;
+        const std::string object = R"({"a":[)" + text + R"(],"b":)" + text + "}";
+        const Dictionary whole{{"a", Array{value.value()}}, {"b", value.value()}};
+        EXPECT_EQ(JSONSerialization::jsonObject(object, Options::none).value(), whole) << text;
+        EXPECT_EQ(JSONSerialization::member(object, "b").value(), value.value()) << text;
+        EXPECT_EQ(JSONSerialization::member(object, "x").value(), std::nullopt) << text;
     }
 }
 
