@@ -29,7 +29,6 @@ class GtkStage : public Stage {
     void hide(UIViewController& presented, bool animated, std::function<void()> hidden) override;
     void viewDidChange(UIView& view) override;
     Size measureText(const std::string& text, double fontSize, double maximumWidth) override;
-    UIEdgeInsets safeAreaInsets() const override { return safeArea_; }
 
   private:
     class Screen;

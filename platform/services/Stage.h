@@ -29,8 +29,6 @@ class Stage {
     // The size of a text at a font size, broken into lines no wider than maximumWidth (0: one
     // line). Points.
     virtual Size measureText(const std::string& text, double fontSize, double maximumWidth) = 0;
-    // What the host keeps free around a full-screen view. Points.
-    virtual UIEdgeInsets safeAreaInsets() const = 0;
 };
 
 }  // namespace zorvik::platform
