@@ -1,12 +1,12 @@
 #include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <sys/types.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "platform/runtime/NotificationCenter.h"
 #include "platform/uikit/UIApplication.h"
+#include "platform/uikit/UIButton.h"
 #include "tests/platform/gtk/GtkPortTest.h"
 
 namespace zorvik::tests {
@@ -34,6 +34,11 @@ class ApplicationTest : public GtkPortTest {
             << " %u\nMimeType=x-scheme-handler/" << scheme << ";\n";
         handlers_ += "x-scheme-handler/" + scheme + "=" + scheme + ".desktop\n";
         std::ofstream(config / "mimeapps.list") << "[Default Applications]\n" << handlers_;
+    }
+
+    // Until a window with this title is on the screen, and has the focus if it takes it.
+    void waitForWindow(const std::string& title) {
+        xdotool("search --sync --onlyvisible --name '^" + title + "$'");
     }
 
   private:
@@ -77,30 +82,57 @@ TEST_F(ApplicationTest, AnAddressGoesToTheApplicationOfItsScheme) {
 
 struct Observer {
     int activations = 0;
+    int taps = 0;
     void becameActive() { ++activations; }
+    void tapped() { ++taps; }
 };
 
 TEST_F(ApplicationTest, EachReturnFromAnotherApplicationIsToldOnceAndNoOtherMove) {
+    const bool hasWindowManager = std::getenv("ZORVIK_WINDOW_MANAGER") == nullptr;
     const auto observer = std::make_shared<Observer>();
     NotificationCenter::defaultCenter().addObserver(std::weak_ptr(observer),
                                                     &Observer::becameActive,
                                                     UIApplication::didBecomeActiveNotification);
-    settle(0.5);
+    const auto button = makeOnMainThread<UIButton>(Rect{200, 400, 200, 100});
+    button->setTitle("Pay");
+    button->setTarget(std::weak_ptr(observer), &Observer::tapped);
+    screen->view()->addSubview(button);
+    show(screen);
     GtkWindow* second = platform->openWindow("second", {300, 300});
-    settle(0.5);
+    waitForWindow("second");
     platform->closeWindow(second);
-    settle(0.5);
+    settle();
+    click(300, 450);
+    EXPECT_EQ(observer->taps, 1);
     EXPECT_EQ(observer->activations, 0) << "neither the start nor a window of its own is a return";
+
+    const fs::path process = data / "process";
+    install("zorvikother", "#!/bin/sh\necho $$ > '" + process.string() + "'\nexec '" +
+                               ZORVIK_OTHER_APPLICATION + "'\n");
+    const URL url = *URL::parse("zorvikother:x");
+    ASSERT_TRUE(waitUntil([&] { return UIApplication::shared().canOpenURL(url); }));
     for (int round = 1; round <= 2; ++round) {
-        const pid_t other = fork();
-        if (other == 0) execl(ZORVIK_OTHER_APPLICATION, "other", nullptr);
-        settle(1.5);
+        bool isOpened = false;
+        UIApplication::shared().open(url, [&](bool opened) { isOpened = opened; });
+        ASSERT_TRUE(waitUntil([&] { return isOpened; }));
+        waitForWindow("other application");
         EXPECT_EQ(observer->activations, round - 1);
+        pid_t other = 0;
+        std::ifstream(process) >> other;
         kill(other, SIGTERM);
-        EXPECT_TRUE(waitUntil([&] { return observer->activations == round; }));
-        waitpid(other, nullptr, 0);
-        settle();
+        if (hasWindowManager) {
+            EXPECT_TRUE(waitUntil([&] { return observer->activations == round; }));
+        } else {
+            settle();
+            EXPECT_EQ(observer->activations, round - 1) << "nothing tells of it yet";
+        }
+        if (round == 1) {
+            click(300, 450);
+        } else {
+            xdotool("key space");
+        }
         EXPECT_EQ(observer->activations, round);
+        EXPECT_EQ(observer->taps, round + 1) << "the input arrives all the same";
     }
 }
 
