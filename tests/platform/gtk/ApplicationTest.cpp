@@ -36,6 +36,9 @@ class ApplicationTest : public GtkPortTest {
         std::ofstream(config / "mimeapps.list") << "[Default Applications]\n" << handlers_;
     }
 
+    static bool canOpen(const std::string& address) {
+        return UIApplication::shared().canOpenURL(*URL::parse(address));
+    }
     // Until a window with this title is on the screen, and has the focus if it takes it.
     void waitForWindow(const std::string& title) {
         xdotool("search --sync --onlyvisible --name '^" + title + "$'");
@@ -51,7 +54,8 @@ TEST_F(ApplicationTest, AnAddressGoesToTheApplicationOfItsScheme) {
     install("zorvikmissing", "");
     install("zorviklocked", "#!/bin/sh\n", fs::perms::owner_read);
     install("zorvikbroken", "#!/no/such/interpreter\n");
-    settle(0.5);  // the desktop's files are watched, not read at each question
+    // The desktop's files are watched, not read at each question.
+    ASSERT_TRUE(askUntil([] { return canOpen("zorvikgood:x") && canOpen("zorvikbroken:x"); }));
     const struct {
         std::string address;
         bool canOpen;
@@ -67,7 +71,7 @@ TEST_F(ApplicationTest, AnAddressGoesToTheApplicationOfItsScheme) {
     };
     for (const auto& row : cases) {
         const URL url = *URL::parse(row.address);
-        EXPECT_EQ(UIApplication::shared().canOpenURL(url), row.canOpen) << row.address;
+        EXPECT_EQ(canOpen(row.address), row.canOpen) << row.address;
         std::vector<bool> answers;
         UIApplication::shared().open(url, [&](bool opened) { answers.push_back(opened); });
         EXPECT_TRUE(answers.empty()) << "never inside the call";
@@ -76,7 +80,7 @@ TEST_F(ApplicationTest, AnAddressGoesToTheApplicationOfItsScheme) {
         EXPECT_THAT(answers, testing::ElementsAre(row.opened)) << row.address;
     }
     std::string first;
-    EXPECT_TRUE(waitUntil([&] { return !!std::getline(std::ifstream(received), first); }));
+    EXPECT_TRUE(askUntil([&] { return !!std::getline(std::ifstream(received), first); }));
     EXPECT_EQ(first, cases[0].address);
 }
 
@@ -109,11 +113,11 @@ TEST_F(ApplicationTest, EachReturnFromAnotherApplicationIsToldOnceAndNoOtherMove
     const fs::path process = data / "process";
     install("zorvikother", "#!/bin/sh\necho $$ > '" + process.string() + "'\nexec '" +
                                ZORVIK_OTHER_APPLICATION + "'\n");
-    const URL url = *URL::parse("zorvikother:x");
-    ASSERT_TRUE(waitUntil([&] { return UIApplication::shared().canOpenURL(url); }));
+    ASSERT_TRUE(askUntil([] { return canOpen("zorvikother:x"); }));
     for (int round = 1; round <= 2; ++round) {
         bool isOpened = false;
-        UIApplication::shared().open(url, [&](bool opened) { isOpened = opened; });
+        UIApplication::shared().open(*URL::parse("zorvikother:x"),
+                                     [&](bool opened) { isOpened = opened; });
         ASSERT_TRUE(waitUntil([&] { return isOpened; }));
         waitForWindow("other application");
         EXPECT_EQ(observer->activations, round - 1);
