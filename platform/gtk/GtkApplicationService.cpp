@@ -80,10 +80,10 @@ struct GtkApplicationService::Launch {
 
 class GtkApplicationService::WatchedWindow {
   public:
-    WatchedWindow(GtkApplicationService& service, GtkWindow* watched)
-        : window(share(watched)), service_(service), input_(gtk_event_controller_legacy_new()) {
+    WatchedWindow(GtkApplicationService& service, ObjectPointer<GtkWindow> watched)
+        : window(std::move(watched)), service_(service), input_(gtk_event_controller_legacy_new()) {
         g_signal_connect_swapped(
-            watched, "notify::is-active",
+            window.get(), "notify::is-active",
             G_CALLBACK(+[](GtkApplicationService* self) { self->activityChanged(); }), &service);
         // Sees all input first and lets it go on.
         gtk_event_controller_set_propagation_phase(input_, GTK_PHASE_CAPTURE);
@@ -94,7 +94,7 @@ class GtkApplicationService::WatchedWindow {
                 return FALSE;
             }),
             this);
-        gtk_widget_add_controller(GTK_WIDGET(watched), input_);
+        gtk_widget_add_controller(GTK_WIDGET(window.get()), input_);
     }
     WatchedWindow(const WatchedWindow&) = delete;
     WatchedWindow& operator=(const WatchedWindow&) = delete;
@@ -129,12 +129,12 @@ void GtkApplicationService::watchWindows() {
     windows_.clear();
     GListModel* windows = gtk_window_get_toplevels();
     for (guint i = 0; i < g_list_model_get_n_items(windows); ++i) {
-        const ObjectPointer<GtkWindow> window(GTK_WINDOW(g_list_model_get_item(windows, i)));
+        ObjectPointer<GtkWindow> window(GTK_WINDOW(g_list_model_get_item(windows, i)));
         const auto known = std::ranges::find_if(
             watched, [&](const auto& entry) { return entry && entry->window == window; });
         windows_.push_back(known != watched.end()
                                ? std::move(*known)
-                               : std::make_unique<WatchedWindow>(*this, window.get()));
+                               : std::make_unique<WatchedWindow>(*this, std::move(window)));
     }
     activityChanged();
 }

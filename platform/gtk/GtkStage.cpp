@@ -200,7 +200,8 @@ void GtkStage::dropScreens() {
         const std::unique_ptr<Screen> top = std::move(screens_.back());
         screens_.pop_back();
     }
-    presenters_.clear();
+    // What is told of it may ask for a presenter again.
+    const auto released = std::exchange(presenters_, {});
 }
 
 GtkWindow* GtkStage::windowOf(const UIViewController& presenter) const {

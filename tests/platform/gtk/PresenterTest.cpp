@@ -10,6 +10,7 @@ void gtk_window_present(GtkWindow* window);
 void gtk_window_close(GtkWindow* window);
 void* g_object_ref(void* object);
 void g_object_unref(void* object);
+void g_object_add_weak_pointer(void* object, void** location);
 }
 
 namespace zorvik::tests {
@@ -80,7 +81,10 @@ TEST_F(PresenterTest, AWindowThatIsClosedTakesItsScreensAlongTopmostFirst) {
     EXPECT_TRUE(waitUntil([&] { return hasEnded("a."); }));
     EXPECT_EQ(log, "b.leaves! a.appears b.left! a.appeared a.leaves! b.ended a.left! a.ended ");
     EXPECT_EQ(kept->presentedViewController(), nullptr);
+    void* held = plain;
+    g_object_add_weak_pointer(plain, &held);
     g_object_unref(plain);
+    EXPECT_EQ(held, nullptr) << "the port holds it no longer";
 }
 
 TEST_F(PresenterTest, WheneverTheWindowGoesTheScreenHearsOfItOnceAndIsReleased) {
