@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -20,7 +21,7 @@
 namespace zorvik::platform::gtk {
 namespace {
 
-constexpr int lockAttempts = 100;  // ten milliseconds apart
+constexpr int patientAttempts = 10;  // ten milliseconds apart
 
 class OpenFile {
   public:
@@ -54,9 +55,9 @@ class OpenFile {
     }
     bool flush() const { return fsync(number_) == 0; }
     // Bounded: a process that hangs with the lock must not hang this one.
-    bool lock() const {
+    bool lock(int attempts) const {
         for (int attempt = 1; flock(number_, LOCK_EX | LOCK_NB) != 0; ++attempt) {
-            if (errno != EWOULDBLOCK || attempt == lockAttempts) return false;
+            if (errno != EWOULDBLOCK || attempt == attempts) return false;
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
         return true;
@@ -83,11 +84,15 @@ FileDefaults::FileDefaults(std::filesystem::path file) : file_(std::move(file)) 
     if (load() != Loading::damaged) return;
     const OpenFile guard(withEnding(file_, ".lock"), O_RDWR | O_CREAT);
     // Another process may have mended it meanwhile, so it is looked at again.
-    if (guard && guard.lock()) {
+    if (guard && guard.lock(patientAttempts)) {
         mend(load());
     } else {
         failed("a damaged file cannot be set aside");
     }
+}
+
+FileDefaults::~FileDefaults() {
+    store();
 }
 
 std::optional<DefaultsValue> FileDefaults::read(const std::string& key) const {
@@ -99,20 +104,27 @@ std::optional<DefaultsValue> FileDefaults::read(const std::string& key) const {
 }
 
 void FileDefaults::write(const std::string& key, const DefaultsValue& value) {
-    change(key, defaultsEntry(value));
-}
-
-void FileDefaults::remove(const std::string& key) {
-    change(key, std::nullopt);
-}
-
-void FileDefaults::change(const std::string& key, Change entry) {
-    unstored_[key] = std::move(entry);
+    unstored_[key] = defaultsEntry(value);
     if (!isValidUtf8(key)) {
         std::fprintf(stderr, "zorvik: defaults: a key that is not UTF-8 is not stored\n");
-    } else if (storeChanges()) {
-        std::erase_if(unstored_, [](const auto& waiting) { return isValidUtf8(waiting.first); });
+    } else {
+        store();
     }
+}
+
+void FileDefaults::remove(const std::vector<std::string>& keys) {
+    bool isChange = false;
+    for (const auto& key : keys) {
+        if (!contains(key)) continue;
+        unstored_[key] = std::nullopt;
+        isChange = true;
+    }
+    if (isChange) store();
+}
+
+bool FileDefaults::contains(const std::string& key) const {
+    const auto waiting = unstored_.find(key);
+    return waiting != unstored_.end() ? waiting->second.has_value() : stored_.contains(key);
 }
 
 FileDefaults::Loading FileDefaults::load() {
@@ -149,10 +161,18 @@ bool FileDefaults::mend(Loading loading) {
     return true;
 }
 
+void FileDefaults::store() {
+    const auto isStorable = [](const auto& change) { return isValidUtf8(change.first); };
+    if (std::ranges::none_of(unstored_, isStorable)) return;
+    if (storeChanges()) std::erase_if(unstored_, isStorable);
+}
+
 bool FileDefaults::storeChanges() {
     if (!makeFolder(file_.parent_path())) return failed("the folder cannot be made");
     const OpenFile guard(withEnding(file_, ".lock"), O_RDWR | O_CREAT);
-    if (!guard || !guard.lock()) return failed("the file cannot be locked");
+    const bool isLocked = guard && guard.lock(hasWaitedInVain_ ? 1 : patientAttempts);
+    hasWaitedInVain_ = !isLocked;
+    if (!isLocked) return failed("the file cannot be locked");
     if (!mend(load())) return false;
     Dictionary entries = stored_;
     for (const auto& [key, entry] : unstored_) {

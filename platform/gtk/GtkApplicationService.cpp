@@ -2,7 +2,11 @@
 
 #include <gtk/gtk.h>
 #include <unistd.h>
+#ifdef GDK_WINDOWING_X11
+#include <gdk/x11/gdkx.h>
+#endif
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -43,64 +47,106 @@ bool canStart(GAppInfo* handler) {
     return access(interpreter.c_str(), X_OK) == 0;
 }
 
-struct Launch {
-    std::shared_ptr<Scheduler*> scheduler;
-    std::function<void(bool opened)> completion;
-
-    void complete(bool opened) {
-        if (*scheduler == nullptr || !completion) return;
-        (*scheduler)->runOnMain([completion = std::move(completion), opened] {
-            completion(opened);
-        });
+// Whether nobody gives windows the focus, as in a kiosk with the X server alone.
+bool lacksWindowManager(GdkDisplay* display) {
+#ifdef GDK_WINDOWING_X11
+    if (GDK_IS_X11_DISPLAY(display)) {
+        return !gdk_x11_screen_supports_net_wm_hint(gdk_x11_display_get_screen(display),
+                                                    g_intern_static_string("_NET_ACTIVE_WINDOW"));
     }
-};
+#endif
+    return false;
+}
+
+bool isInput(GdkEvent* event) {
+    const GdkEventType type = gdk_event_get_event_type(event);
+    return type == GDK_KEY_PRESS || type == GDK_BUTTON_PRESS || type == GDK_TOUCH_BEGIN;
+}
 
 }  // namespace
 
+struct GtkApplicationService::Launch {
+    std::shared_ptr<GtkApplicationService*> service;
+    std::function<void(bool opened)> completion;
+
+    void complete(bool opened) {
+        if (*service == nullptr) return;
+        if (opened) (*service)->hasHandedOff_ = true;
+        if (!completion) return;
+        (*service)->scheduler_.runOnMain(
+            [completion = std::move(completion), opened] { completion(opened); });
+    }
+};
+
+class GtkApplicationService::WatchedWindow {
+  public:
+    WatchedWindow(GtkApplicationService& service, ObjectPointer<GtkWindow> watched)
+        : window(std::move(watched)), service_(service), input_(gtk_event_controller_legacy_new()) {
+        g_signal_connect_swapped(
+            window.get(), "notify::is-active",
+            G_CALLBACK(+[](GtkApplicationService* self) { self->activityChanged(); }), &service);
+        // Sees all input first and lets it go on.
+        gtk_event_controller_set_propagation_phase(input_, GTK_PHASE_CAPTURE);
+        g_signal_connect(
+            input_, "event",
+            G_CALLBACK(+[](GtkEventController*, GdkEvent* event, WatchedWindow* self) -> gboolean {
+                if (isInput(event)) self->service_.inputArrived(self->window.get());
+                return FALSE;
+            }),
+            this);
+        gtk_widget_add_controller(GTK_WIDGET(window.get()), input_);
+    }
+    WatchedWindow(const WatchedWindow&) = delete;
+    WatchedWindow& operator=(const WatchedWindow&) = delete;
+    ~WatchedWindow() {
+        g_signal_handlers_disconnect_by_data(window.get(), &service_);
+        gtk_widget_remove_controller(GTK_WIDGET(window.get()), input_);
+    }
+
+    const ObjectPointer<GtkWindow> window;
+
+  private:
+    GtkApplicationService& service_;
+    GtkEventController* const input_;
+};
+
 GtkApplicationService::GtkApplicationService(Scheduler& scheduler)
-    : scheduler_(scheduler),
-      windows_(gtk_window_get_toplevels()),
-      launches_(std::make_shared<Scheduler*>(&scheduler)) {
-    g_object_ref(windows_);
-    windowsSignal_ = g_signal_connect(
-        windows_, "items-changed", G_CALLBACK(+[](GListModel*, guint, guint, guint, gpointer self) {
-            static_cast<GtkApplicationService*>(self)->watchWindows();
-        }),
-        this);
+    : scheduler_(scheduler), launches_(std::make_shared<GtkApplicationService*>(this)) {
+    windowsSignal_ = g_signal_connect_swapped(
+        gtk_window_get_toplevels(), "items-changed",
+        G_CALLBACK(+[](GtkApplicationService* self) { self->watchWindows(); }), this);
     watchWindows();
 }
 
 GtkApplicationService::~GtkApplicationService() {
     *launches_ = nullptr;
     if (leavingTask_) scheduler_.cancel(*leavingTask_);
-    g_signal_handler_disconnect(windows_, windowsSignal_);
-    for (guint i = 0; i < g_list_model_get_n_items(windows_); ++i) {
-        const ObjectPointer<GObject> window(G_OBJECT(g_list_model_get_item(windows_, i)));
-        g_signal_handlers_disconnect_by_data(window.get(), this);
-    }
-    g_object_unref(windows_);
+    g_signal_handler_disconnect(gtk_window_get_toplevels(), windowsSignal_);
 }
 
 void GtkApplicationService::watchWindows() {
-    for (guint i = 0; i < g_list_model_get_n_items(windows_); ++i) {
-        const ObjectPointer<GObject> window(G_OBJECT(g_list_model_get_item(windows_, i)));
-        g_signal_handlers_disconnect_by_data(window.get(), this);
-        g_signal_connect_swapped(
-            window.get(), "notify::is-active",
-            G_CALLBACK(+[](GtkApplicationService* self) { self->activityChanged(); }), this);
+    std::vector<std::unique_ptr<WatchedWindow>> watched = std::move(windows_);
+    windows_.clear();
+    GListModel* windows = gtk_window_get_toplevels();
+    for (guint i = 0; i < g_list_model_get_n_items(windows); ++i) {
+        ObjectPointer<GtkWindow> window(GTK_WINDOW(g_list_model_get_item(windows, i)));
+        const auto known = std::ranges::find_if(
+            watched, [&](const auto& entry) { return entry && entry->window == window; });
+        windows_.push_back(known != watched.end()
+                               ? std::move(*known)
+                               : std::make_unique<WatchedWindow>(*this, std::move(window)));
     }
     activityChanged();
 }
 
 void GtkApplicationService::activityChanged() {
-    bool isActive = false;
-    for (guint i = 0; i < g_list_model_get_n_items(windows_); ++i) {
-        const ObjectPointer<GObject> window(G_OBJECT(g_list_model_get_item(windows_, i)));
-        if (gtk_window_is_active(GTK_WINDOW(window.get()))) isActive = true;
-    }
+    const bool isActive = std::ranges::any_of(windows_, [](const auto& watched) {
+        return gtk_window_is_active(watched->window.get()) != FALSE;
+    });
     if (isActive) {
         if (leavingTask_) scheduler_.cancel(*std::exchange(leavingTask_, std::nullopt));
         if (std::exchange(presence_, Presence::active) != Presence::away) return;
+        hasHandedOff_ = false;
         scheduler_.runOnMain([this, service = std::weak_ptr(launches_)] {
             if (!service.expired() && delegate_ != nullptr) delegate_->applicationDidBecomeActive();
         });
@@ -111,6 +157,15 @@ void GtkApplicationService::activityChanged() {
             presence_ = Presence::away;
         });
     }
+}
+
+void GtkApplicationService::inputArrived(GtkWindow* window) {
+    if (presence_ == Presence::active) return;
+    if (!lacksWindowManager(gtk_widget_get_display(GTK_WIDGET(window)))) return;
+    // Left by nothing but the end of a window of its own, which had the focus.
+    if (presence_ == Presence::away && !hasHandedOff_) presence_ = Presence::active;
+    GdkSurface* surface = gtk_native_get_surface(GTK_NATIVE(window));
+    if (GDK_IS_TOPLEVEL(surface)) gdk_toplevel_focus(GDK_TOPLEVEL(surface), GDK_CURRENT_TIME);
 }
 
 bool GtkApplicationService::canOpen(const URL& url) {

@@ -42,9 +42,11 @@ class GtkPlatform {
                           std::function<void()> closed = {});
     void closeWindow(GtkWindow* window);
 
-    // The view controller to present from in this window of the host's. What the window shows
-    // stays beneath presented screens. Held by the caller; the window must outlive what is
-    // presented.
+    // The view controller to present from in this window of the host's, the same one each time.
+    // What the window shows stays beneath presented screens. It belongs to the window: nobody need
+    // hold it, and when the window is destroyed what is presented from it is dismissed; a window
+    // that only hides keeps its screens. The platform's end lets go of a window that lives on.
+    // nullptr for no window or a destroyed one.
     std::shared_ptr<UIViewController> presenterFor(GtkWindow* window);
 
     void setSafeAreaInsets(const UIEdgeInsets& insets);

@@ -22,15 +22,17 @@ double easeOut(double share) {
     return 1 - left * left * left;
 }
 
+// A window is in this list from its making until it is destroyed, whoever still holds it then.
+bool isOpen(const GtkWindow* window) {
+    GListModel* windows = gtk_window_get_toplevels();
+    for (guint i = 0; i < g_list_model_get_n_items(windows); ++i) {
+        const ObjectPointer<GtkWindow> open(GTK_WINDOW(g_list_model_get_item(windows, i)));
+        if (open.get() == window) return true;
+    }
+    return false;
+}
+
 }  // namespace
-
-struct GtkStage::Presenter {
-    Presenter(const std::shared_ptr<UIViewController>& presenting, GtkWindow* shown)
-        : controller(presenting), window(shown) {}
-
-    std::weak_ptr<UIViewController> controller;
-    WeakPointer<GtkWindow> window;
-};
 
 // One controller on screen. It moves with the window's frames only while something moves.
 class GtkStage::Screen {
@@ -39,13 +41,13 @@ class GtkStage::Screen {
         : controller(std::move(shown)),
           stage_(stage),
           window_(window),
-          formerFocus_(window != nullptr ? gtk_window_get_focus(window) : nullptr),
+          formerFocus_(gtk_window_get_focus(window)),
           tree_(controller->view()),
           screen_(makeScreenWidget(
               tree_.widget(),
               [](void* self, Size size) { static_cast<Screen*>(self)->allocated(size); }, this)),
           widget_(share(asWidget(screen_))) {
-        if (window != nullptr) addLayer(window, widget_.get());
+        addLayer(window, widget_.get());
         follow();
     }
     Screen(const Screen&) = delete;
@@ -155,22 +157,35 @@ class GtkStage::Screen {
 GtkStage::GtkStage(Scheduler& scheduler, const UIEdgeInsets& safeArea)
     : scheduler_(scheduler), safeArea_(safeArea), ruler_(share(makeLabel())) {
     installLook();
+    windowsSignal_ = g_signal_connect_swapped(
+        gtk_window_get_toplevels(), "items-changed",
+        G_CALLBACK(+[](GtkStage* self) { self->endPresentersOfClosedWindows(); }), this);
 }
 
-GtkStage::~GtkStage() = default;
+GtkStage::~GtkStage() {
+    g_signal_handler_disconnect(gtk_window_get_toplevels(), windowsSignal_);
+}
 
 std::shared_ptr<UIViewController> GtkStage::presenterFor(GtkWindow* window) {
-    if (window == nullptr) return nullptr;
-    std::erase_if(presenters_, [](const auto& presenter) {
-        return presenter->controller.expired() || presenter->window.get() == nullptr;
-    });
+    if (window == nullptr || !isOpen(window)) return nullptr;
     for (const auto& presenter : presenters_) {
-        if (presenter->window.get() == window) return presenter->controller.lock();
+        if (presenter.window == window) return presenter.controller;
     }
     prepareLayers(window);
-    auto controller = makeOnMainThread<UIViewController>();
-    presenters_.push_back(std::make_unique<Presenter>(controller, window));
-    return controller;
+    presenters_.push_back({makeOnMainThread<UIViewController>(), window});
+    return presenters_.back().controller;
+}
+
+void GtkStage::endPresentersOfClosedWindows() {
+    const auto isClosed = [](const Presenter& presenter) { return !isOpen(presenter.window); };
+    // Looked for anew each time: the controllers are told at once and may open and close windows.
+    while (true) {
+        const auto place = std::ranges::find_if(presenters_, isClosed);
+        if (place == presenters_.end()) return;
+        const auto controller = std::move(place->controller);
+        presenters_.erase(place);
+        controller->dismiss(false);
+    }
 }
 
 void GtkStage::setSafeAreaInsets(const UIEdgeInsets& insets) {
@@ -185,13 +200,15 @@ void GtkStage::dropScreens() {
         const std::unique_ptr<Screen> top = std::move(screens_.back());
         screens_.pop_back();
     }
+    // What is told of it may ask for a presenter again.
+    const auto released = std::exchange(presenters_, {});
 }
 
 GtkWindow* GtkStage::windowOf(const UIViewController& presenter) const {
     for (const UIViewController* controller = &presenter; controller != nullptr;
          controller = controller->parent()) {
         for (const auto& entry : presenters_) {
-            if (entry->controller.lock().get() == controller) return entry->window.get();
+            if (entry.controller.get() == controller) return entry.window;
         }
         for (const auto& screen : screens_) {
             if (screen->controller.get() == controller) return screen->window();
@@ -204,7 +221,12 @@ void GtkStage::show(std::shared_ptr<UIViewController> presented, UIViewControlle
                     bool animated, std::function<void()> shown) {
     GtkWindow* window = windowOf(presenter);
     if (window == nullptr) {
-        std::fprintf(stderr, "zorvik: a screen is presented from a controller without a window\n");
+        std::fputs(
+            "zorvik: a screen is presented from a controller that is in no window: it is dismissed "
+            "at once\n",
+            stderr);
+        presenter.dismiss(false);
+        return;
     }
     Screen& screen =
         *screens_.emplace_back(std::make_unique<Screen>(*this, std::move(presented), window));

@@ -12,9 +12,11 @@ void HeadlessDefaults::write(const std::string& key, const DefaultsValue& value)
     entries_.insert_or_assign(key, value);
 }
 
-void HeadlessDefaults::remove(const std::string& key) {
-    entries_.erase(key);
-    removals_.push_back(key);
+void HeadlessDefaults::remove(const std::vector<std::string>& keys) {
+    for (const auto& key : keys) {
+        entries_.erase(key);
+        removals_.push_back(key);
+    }
 }
 
 }  // namespace zorvik::platform::headless

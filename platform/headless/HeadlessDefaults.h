@@ -17,7 +17,7 @@ class HeadlessDefaults : public DefaultsStore {
 
     std::optional<DefaultsValue> read(const std::string& key) const override;
     void write(const std::string& key, const DefaultsValue& value) override;
-    void remove(const std::string& key) override;
+    void remove(const std::vector<std::string>& keys) override;
 
   private:
     std::map<std::string, DefaultsValue> entries_;

@@ -31,7 +31,6 @@ class HeadlessStage : public Stage {
     void hide(UIViewController& presented, bool animated, std::function<void()> hidden) override;
     void viewDidChange(UIView&) override {}
     Size measureText(const std::string& text, double fontSize, double maximumWidth) override;
-    UIEdgeInsets safeAreaInsets() const override { return safeArea_; }
 
   private:
     Scheduler& scheduler_;

@@ -19,8 +19,12 @@ void UserDefaults::set(const DefaultsValue& value, const std::string& key) {
 }
 
 void UserDefaults::removeObject(const std::string& key) {
+    removeObjects({key});
+}
+
+void UserDefaults::removeObjects(const std::vector<std::string>& keys) {
     assertMainThread();
-    Environment::defaults().remove(key);
+    Environment::defaults().remove(keys);
 }
 
 std::optional<std::string> UserDefaults::string(const std::string& key) const {

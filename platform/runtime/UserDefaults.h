@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/services/DefaultsStore.h"
 
@@ -15,6 +16,8 @@ class UserDefaults {
 
     void set(const DefaultsValue& value, const std::string& key);
     void removeObject(const std::string& key);
+    // In this order, as one store.
+    void removeObjects(const std::vector<std::string>& keys);
     // nullopt when there is no entry, and from string() also when it has another type.
     std::optional<std::string> string(const std::string& key) const;
     std::optional<DefaultsValue> object(const std::string& key) const;

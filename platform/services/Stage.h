@@ -18,7 +18,9 @@ class Stage {
 
     // Shows the presented controller's view over the presenter's, filling the presenter's window;
     // calls `shown` in a turn of its own once it is in place. The stage keeps the controller
-    // until hidden. The view counts as in a window from this call to the end of hide.
+    // until hidden. The view counts as in a window from this call to the end of hide. A stage with
+    // windows dismisses the controller, inside this call, when the presenter is in none, and in the
+    // moment when the presenter's window goes.
     virtual void show(std::shared_ptr<UIViewController> presented, UIViewController& presenter,
                       bool animated, std::function<void()> shown) = 0;
     // Takes it away again; `hidden` runs in a turn of its own, and `shown` no more if it was due.
@@ -29,8 +31,6 @@ class Stage {
     // The size of a text at a font size, broken into lines no wider than maximumWidth (0: one
     // line). Points.
     virtual Size measureText(const std::string& text, double fontSize, double maximumWidth) = 0;
-    // What the host keeps free around a full-screen view. Points.
-    virtual UIEdgeInsets safeAreaInsets() const = 0;
 };
 
 }  // namespace zorvik::platform

@@ -95,7 +95,7 @@ TEST_F(AppReturnTest, APartialRecordOrAStartTimeOfAnotherTypeIsNone) {
     for (const auto& [missing, startTime] : cases) {
         SCOPED_TRACE(missing);
         storeRecord(startTime);
-        port.defaults().remove(missing);
+        port.defaults().remove({missing});
         forget();
         comeBackAfter(1);
         ASSERT_EQ(lines.size(), 8u);
@@ -144,7 +144,7 @@ TEST_F(AppReturnTest, AProcessingPagesResponseIsLookedForOnEveryPath) {
             EXPECT_EQ(outcome->failures.size(), row.report == "failure" ? 1u : 0u);
             *outcome = {};
         }
-        port.defaults().remove("current_transaction_id");
+        port.defaults().remove({"current_transaction_id"});
     }
 }
 

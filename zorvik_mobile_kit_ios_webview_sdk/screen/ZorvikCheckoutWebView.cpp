@@ -215,9 +215,8 @@ void ZorvikCheckoutWebView::cleanup() {
     }
     webView = nullptr;
     NotificationCenter::defaultCenter().removeObserver(this);
-    for (const auto* key : TransactionRecord::keys) {
-        UserDefaults::standard().removeObject(key);
-    }
+    UserDefaults::standard().removeObjects(
+        {TransactionRecord::keys.begin(), TransactionRecord::keys.end()});
     upiAppsInjected = false;
 }
 

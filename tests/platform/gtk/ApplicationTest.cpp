@@ -1,12 +1,12 @@
 #include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <sys/types.h>
 
 #include <filesystem>
 #include <fstream>
 
 #include "platform/runtime/NotificationCenter.h"
 #include "platform/uikit/UIApplication.h"
+#include "platform/uikit/UIButton.h"
 #include "tests/platform/gtk/GtkPortTest.h"
 
 namespace zorvik::tests {
@@ -36,6 +36,14 @@ class ApplicationTest : public GtkPortTest {
         std::ofstream(config / "mimeapps.list") << "[Default Applications]\n" << handlers_;
     }
 
+    static bool canOpen(const std::string& address) {
+        return UIApplication::shared().canOpenURL(*URL::parse(address));
+    }
+    // Until a window with this title is on the screen, and has the focus if it takes it.
+    void waitForWindow(const std::string& title) {
+        xdotool("search --sync --onlyvisible --name '^" + title + "$'");
+    }
+
   private:
     std::string handlers_;
 };
@@ -46,7 +54,8 @@ TEST_F(ApplicationTest, AnAddressGoesToTheApplicationOfItsScheme) {
     install("zorvikmissing", "");
     install("zorviklocked", "#!/bin/sh\n", fs::perms::owner_read);
     install("zorvikbroken", "#!/no/such/interpreter\n");
-    settle(0.5);  // the desktop's files are watched, not read at each question
+    // The desktop's files are watched, not read at each question.
+    ASSERT_TRUE(askUntil([] { return canOpen("zorvikgood:x") && canOpen("zorvikbroken:x"); }));
     const struct {
         std::string address;
         bool canOpen;
@@ -62,7 +71,7 @@ TEST_F(ApplicationTest, AnAddressGoesToTheApplicationOfItsScheme) {
     };
     for (const auto& row : cases) {
         const URL url = *URL::parse(row.address);
-        EXPECT_EQ(UIApplication::shared().canOpenURL(url), row.canOpen) << row.address;
+        EXPECT_EQ(canOpen(row.address), row.canOpen) << row.address;
         std::vector<bool> answers;
         UIApplication::shared().open(url, [&](bool opened) { answers.push_back(opened); });
         EXPECT_TRUE(answers.empty()) << "never inside the call";
@@ -71,36 +80,63 @@ TEST_F(ApplicationTest, AnAddressGoesToTheApplicationOfItsScheme) {
         EXPECT_THAT(answers, testing::ElementsAre(row.opened)) << row.address;
     }
     std::string first;
-    EXPECT_TRUE(waitUntil([&] { return !!std::getline(std::ifstream(received), first); }));
+    EXPECT_TRUE(askUntil([&] { return !!std::getline(std::ifstream(received), first); }));
     EXPECT_EQ(first, cases[0].address);
 }
 
 struct Observer {
     int activations = 0;
+    int taps = 0;
     void becameActive() { ++activations; }
+    void tapped() { ++taps; }
 };
 
 TEST_F(ApplicationTest, EachReturnFromAnotherApplicationIsToldOnceAndNoOtherMove) {
+    const bool hasWindowManager = std::getenv("ZORVIK_WINDOW_MANAGER") == nullptr;
     const auto observer = std::make_shared<Observer>();
     NotificationCenter::defaultCenter().addObserver(std::weak_ptr(observer),
                                                     &Observer::becameActive,
                                                     UIApplication::didBecomeActiveNotification);
-    settle(0.5);
+    const auto button = makeOnMainThread<UIButton>(Rect{200, 400, 200, 100});
+    button->setTitle("Pay");
+    button->setTarget(std::weak_ptr(observer), &Observer::tapped);
+    screen->view()->addSubview(button);
+    show(screen);
     GtkWindow* second = platform->openWindow("second", {300, 300});
-    settle(0.5);
+    waitForWindow("second");
     platform->closeWindow(second);
-    settle(0.5);
+    settle();
+    click(300, 450);
+    EXPECT_EQ(observer->taps, 1);
     EXPECT_EQ(observer->activations, 0) << "neither the start nor a window of its own is a return";
+
+    const fs::path process = data / "process";
+    install("zorvikother", "#!/bin/sh\necho $$ > '" + process.string() + "'\nexec '" +
+                               ZORVIK_OTHER_APPLICATION + "'\n");
+    ASSERT_TRUE(askUntil([] { return canOpen("zorvikother:x"); }));
     for (int round = 1; round <= 2; ++round) {
-        const pid_t other = fork();
-        if (other == 0) execl(ZORVIK_OTHER_APPLICATION, "other", nullptr);
-        settle(1.5);
+        bool isOpened = false;
+        UIApplication::shared().open(*URL::parse("zorvikother:x"),
+                                     [&](bool opened) { isOpened = opened; });
+        ASSERT_TRUE(waitUntil([&] { return isOpened; }));
+        waitForWindow("other application");
         EXPECT_EQ(observer->activations, round - 1);
+        pid_t other = 0;
+        std::ifstream(process) >> other;
         kill(other, SIGTERM);
-        EXPECT_TRUE(waitUntil([&] { return observer->activations == round; }));
-        waitpid(other, nullptr, 0);
-        settle();
+        if (hasWindowManager) {
+            EXPECT_TRUE(waitUntil([&] { return observer->activations == round; }));
+        } else {
+            settle();
+            EXPECT_EQ(observer->activations, round - 1) << "nothing tells of it yet";
+        }
+        if (round == 1) {
+            click(300, 450);
+        } else {
+            xdotool("key space");
+        }
         EXPECT_EQ(observer->activations, round);
+        EXPECT_EQ(observer->taps, round + 1) << "the input arrives all the same";
     }
 }
 

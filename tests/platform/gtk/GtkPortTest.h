@@ -74,6 +74,14 @@ class GtkPortTest : public testing::Test {
     bool waitUntil(const std::function<bool()>& condition) {
         return platform->runUntil(condition, 20);
     }
+    // For what no event of the main loop tells of.
+    bool askUntil(const std::function<bool()>& condition) {
+        for (int round = 0; round < 200; ++round) {
+            if (condition()) return true;
+            settle(0.05);
+        }
+        return false;
+    }
     // Long enough for what must not come to have come.
     void settle(double seconds = 0.3) {
         platform->runUntil([] { return false; }, seconds);
