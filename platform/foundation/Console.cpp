@@ -12,7 +12,7 @@ namespace zorvik::platform {
 namespace {
 
 struct Sink {
-    const std::function<void(std::string_view)> function;
+    std::function<void(std::string_view)> function;
     int calls = 0;  // under way; the console's mutex guards it
 };
 
@@ -76,7 +76,7 @@ void printLine(std::string_view line) {
 }
 
 void setConsoleSink(std::function<void(std::string_view line)> sink) {
-    auto exchanged = sink ? std::make_shared<Sink>(std::move(sink)) : nullptr;
+    auto exchanged = sink ? std::make_shared<Sink>(Sink{std::move(sink)}) : nullptr;
     // The former sink is destroyed after the lock is gone: what it captured may print.
     std::unique_lock lock(console().mutex);
     exchanged.swap(console().sink);
