@@ -2,10 +2,12 @@
 
 #include <string>
 
+#include "platform/foundation/Export.h"
+
 namespace zorvik {
 
 // The service addresses of the linked core services. Main thread.
-struct APIUtils {
+struct ZORVIK_API APIUtils {
     // The hosted checkout page; may hold the placeholder "?token=%@".
     static std::string webViewViewUrl();
     // Where the checkout page goes to hand back a payment response.

@@ -2,11 +2,13 @@
 
 #include <string_view>
 
+#include "platform/foundation/Export.h"
+
 namespace zorvik {
 
 // The names of the analytics events. The texts are the linked core services' own: constants without
 // a destructor, so they can be read at any time, also while the process starts or ends.
-struct EventConstants {
+struct ZORVIK_API EventConstants {
     static const std::string_view SDK_INITIALIZED;
     static const std::string_view CHECKOUT_INITIATED;
     static const std::string_view UPDATE_ORDER_PAYLOAD;

@@ -4,12 +4,13 @@
 #include <string>
 #include <string_view>
 
+#include "platform/foundation/Export.h"
 #include "platform/foundation/Value.h"
 
 namespace zorvik {
 
 // Records analytics events. Never fails, whatever it is given; any thread, several at once.
-class EventLoggingUtils {
+class ZORVIK_API EventLoggingUtils {
   public:
     static void safeLogEvent(std::string_view eventName, const std::optional<std::string>& orderId,
                              const std::optional<std::string>& token,
@@ -18,7 +19,7 @@ class EventLoggingUtils {
                              std::string_view sdkVersion) noexcept;
 };
 
-class EventLoggingService {
+class ZORVIK_API EventLoggingService {
   public:
     // Makes the host's application code part of all later events. Any thread.
     static void setAppCode(const std::optional<std::string>& appCode);

@@ -7,13 +7,14 @@
 
 #include "core/OrderRecords.h"
 #include "platform/foundation/Error.h"
+#include "platform/foundation/Export.h"
 #include "platform/foundation/Value.h"
 
 namespace zorvik {
 
 // The back-end calls. Each completes exactly once, later, on a thread of the implementation's
 // choice; a failure comes as the Error of the result. May be called on any thread.
-class ZorvikCoreApiSDK {
+class ZORVIK_API ZorvikCoreApiSDK {
   public:
     using OrderCompletion = std::function<void(const platform::Result<OrderResponse>&)>;
     using ShopOrderCompletion = std::function<void(const platform::Result<platform::Dictionary>&)>;

@@ -6,11 +6,12 @@
 
 #include "core/UPIAppsVO.h"
 #include "platform/foundation/Error.h"
+#include "platform/foundation/Export.h"
 
 namespace zorvik {
 
 // The UPI apps of this device, by the linked core services.
-class ZorvikUPIAppDetector {
+class ZORVIK_API ZorvikUPIAppDetector {
   public:
     using Completion = std::function<void(const platform::Result<std::vector<UPIAppsVO>>&)>;
 

@@ -5,11 +5,12 @@
 #include <string_view>
 
 #include "platform/foundation/Error.h"
+#include "platform/foundation/Export.h"
 
 namespace zorvik {
 
 // The debug log. In this build its operations write nothing. Any thread.
-class LogUtil {
+class ZORVIK_API LogUtil {
   public:
     // Read by nothing in this build.
     static inline bool isDebugEnabled = false;

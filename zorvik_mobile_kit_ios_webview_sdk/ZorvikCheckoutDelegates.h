@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "platform/foundation/Export.h"
 #include "platform/foundation/Value.h"
 
 namespace zorvik {
@@ -10,7 +11,7 @@ class ZorvikCheckoutWebView;
 
 // The host's receiver of checkout results. Owned by the host, held weakly; called on the main
 // thread.
-class ZorvikCheckoutSDKDelegate {
+class ZORVIK_API ZorvikCheckoutSDKDelegate {
   public:
     virtual ~ZorvikCheckoutSDKDelegate() = default;
 
@@ -22,7 +23,7 @@ class ZorvikCheckoutSDKDelegate {
 };
 
 // Receives a checkout screen's outcome, on the main thread. Held weakly by the screen.
-class ZorvikCheckoutWebViewDelegate {
+class ZORVIK_API ZorvikCheckoutWebViewDelegate {
   public:
     virtual ~ZorvikCheckoutWebViewDelegate() = default;
 

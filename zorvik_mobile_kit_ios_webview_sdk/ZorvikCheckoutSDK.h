@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,6 +10,7 @@
 #include "core/UPIAppsVO.h"
 #include "core/ZorvikCheckoutOptions.h"
 #include "core/ZorvikCoreApiSDK.h"
+#include "platform/foundation/Export.h"
 #include "platform/runtime/Guarded.h"
 #include "platform/uikit/UIViewController.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutDelegates.h"
@@ -23,7 +25,7 @@ class ZorvikCheckoutSDKDelegateObjCProxy;
 //     auto& sdk = ZorvikCheckoutSDK::shared();
 //     sdk.setDelegate(receiver);
 //     sdk.checkout(presenter, options);
-class ZorvikCheckoutSDK {
+class ZORVIK_API ZorvikCheckoutSDK {
   public:
     static ZorvikCheckoutSDK& shared();
 
@@ -34,6 +36,7 @@ class ZorvikCheckoutSDK {
     // of the moment the checkout started, a failure before the screen to that of its own moment.
     std::shared_ptr<ZorvikCheckoutSDKDelegate> delegate() const;
     void setDelegate(const std::weak_ptr<ZorvikCheckoutSDKDelegate>& delegate);
+    void setDelegate(std::nullptr_t) { setDelegate(std::weak_ptr<ZorvikCheckoutSDKDelegate>()); }
 
     // The back end's base address, passed on to the core services; absent or empty changes only
     // what is read here.

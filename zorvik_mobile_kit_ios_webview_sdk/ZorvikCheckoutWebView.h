@@ -10,6 +10,7 @@
 #include "core/OrderRecords.h"
 #include "core/UPIAppsVO.h"
 #include "core/ZorvikCheckoutOptions.h"
+#include "platform/foundation/Export.h"
 #include "platform/runtime/Guarded.h"
 #include "platform/uikit/UIActivityIndicatorView.h"
 #include "platform/uikit/UIButton.h"
@@ -25,10 +26,10 @@ namespace zorvik {
 // there, an error panel with Retry, the way out to a UPI app and back. Made by the facade or a
 // host, owned by the controller that presents it. Main thread, unless a member says otherwise; it
 // may be released on any thread. Reports to its delegate and does not close itself.
-class ZorvikCheckoutWebView : public platform::UIViewController,
-                              public platform::WKNavigationDelegate,
-                              public platform::WKUIDelegate,
-                              public platform::WKScriptMessageHandler {
+class ZORVIK_API ZorvikCheckoutWebView : public platform::UIViewController,
+                                         public platform::WKNavigationDelegate,
+                                         public platform::WKUIDelegate,
+                                         public platform::WKScriptMessageHandler {
   public:
     static std::shared_ptr<ZorvikCheckoutWebView> initWithOptions(
         const ZorvikCheckoutOptions& options, const std::optional<std::vector<UPIAppsVO>>& upiApps);

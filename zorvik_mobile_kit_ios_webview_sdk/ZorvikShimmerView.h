@@ -6,6 +6,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/foundation/Export.h"
 #include "platform/runtime/Timer.h"
 #include "platform/uikit/UIScrollView.h"
 #include "platform/uikit/UIView.h"
@@ -15,7 +16,7 @@ namespace zorvik {
 // The placeholder shown while a page loads: grey blocks in the shape of a list page (a header and
 // fifteen rows), pulsing one after another. Knows nothing of the checkout. Owned by whoever shows
 // it; main thread. Once stopped, hidden or released nothing of it runs on.
-class ZorvikShimmerView : public platform::UIView {
+class ZORVIK_API ZorvikShimmerView : public platform::UIView {
   public:
     static std::shared_ptr<ZorvikShimmerView> initWithFrame(const platform::Rect& frame = {});
     ~ZorvikShimmerView() override;

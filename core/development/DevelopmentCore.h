@@ -10,6 +10,7 @@
 #include "core/ZorvikCoreApiSDK.h"
 #include "core/development/EventSink.h"
 #include "core/development/OrderBook.h"
+#include "platform/foundation/Export.h"
 
 namespace zorvik::development {
 
@@ -41,7 +42,7 @@ struct Configuration {
 // The core services for development: addresses and UPI apps as configured, orders from a book,
 // events to a sink. Link it in place of the real services. Any thread. Before it is configured
 // every call completes with an Error, events are dropped and the addresses are empty.
-class DevelopmentCore : public ZorvikCoreApiSDK {
+class ZORVIK_API DevelopmentCore : public ZorvikCoreApiSDK {
   public:
     static DevelopmentCore& shared();
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/foundation/Export.h"
 #include "platform/foundation/Value.h"
 
 namespace zorvik::development {
@@ -23,14 +24,14 @@ struct RecordedEvent {
 
 // Where events go. Shared by the configuration and its owner; called on any thread, several at
 // once.
-class EventSink {
+class ZORVIK_API EventSink {
   public:
     virtual ~EventSink() = default;
     virtual void record(const RecordedEvent& event) = 0;
 };
 
 // Keeps the events in the order in which they arrived. Any thread.
-class MemoryEventSink : public EventSink {
+class ZORVIK_API MemoryEventSink : public EventSink {
   public:
     void record(const RecordedEvent& event) override;
     std::vector<RecordedEvent> events() const;
@@ -43,7 +44,7 @@ class MemoryEventSink : public EventSink {
 // Writes each event as one line of JSON and flushes it. What JSON cannot write (bytes that are not
 // UTF-8, infinite numbers, very deep nesting) is written as a description instead, and a stream
 // that fails loses the event silently. Any thread; lines never mix.
-class JSONLinesEventSink : public EventSink {
+class ZORVIK_API JSONLinesEventSink : public EventSink {
   public:
     // The stream must outlive the sink and is written to by nobody else meanwhile.
     explicit JSONLinesEventSink(std::ostream& stream) : stream_(stream) {}

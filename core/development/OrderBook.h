@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/foundation/Error.h"
+#include "platform/foundation/Export.h"
 #include "platform/foundation/Value.h"
 
 namespace zorvik::development {
@@ -16,8 +17,8 @@ namespace zorvik::development {
 enum class PaymentStatus { created, pending, success, failed };
 
 // "CREATED", "PENDING", "SUCCESS", "FAILED", and back (nullopt for any other text).
-std::string_view text(PaymentStatus status);
-std::optional<PaymentStatus> paymentStatusFrom(std::string_view text);
+ZORVIK_API std::string_view text(PaymentStatus status);
+ZORVIK_API std::optional<PaymentStatus> paymentStatusFrom(std::string_view text);
 
 // One attempt to pay an order, told apart by its transaction id.
 struct Payment {
@@ -65,7 +66,7 @@ platform::Dictionary enquiryFields(const OrderRecord& order, std::string_view tr
 
 // The back end's orders. Any thread, several calls at once; calls may take as long as a network
 // does. Every refusal is an Error whose description says what was wrong.
-class OrderBook {
+class ZORVIK_API OrderBook {
   public:
     virtual ~OrderBook() = default;
 
@@ -82,7 +83,7 @@ class OrderBook {
 };
 
 // Keeps the orders as long as it lives.
-class MemoryOrderBook : public OrderBook {
+class ZORVIK_API MemoryOrderBook : public OrderBook {
   public:
     explicit MemoryOrderBook(std::string subMerchantId = "SM-1001");
 
@@ -106,9 +107,9 @@ class MemoryOrderBook : public OrderBook {
 
 // Money as people write it: "1499", "1499.5" or "1499.00", nothing else. nullopt for anything
 // that is no amount of whole hundredths between 0.01 and 9,999,999,999.99.
-std::optional<std::int64_t> minorUnitsFrom(std::string_view amount);
-std::optional<std::int64_t> minorUnitsFrom(double amount);
+ZORVIK_API std::optional<std::int64_t> minorUnitsFrom(std::string_view amount);
+ZORVIK_API std::optional<std::int64_t> minorUnitsFrom(double amount);
 // "1499.00"
-std::string amountText(std::int64_t minorUnits);
+ZORVIK_API std::string amountText(std::int64_t minorUnits);
 
 }  // namespace zorvik::development

@@ -4,15 +4,17 @@
 #include <string>
 #include <string_view>
 
+#include "platform/foundation/Export.h"
+
 namespace zorvik::platform {
 
 // Base64 in the standard alphabet of RFC 4648, with "=" padding. Pure; any thread.
-std::string base64Encode(std::string_view bytes);
+ZORVIK_API std::string base64Encode(std::string_view bytes);
 // nullopt for a length that is no multiple of four, a character outside the alphabet (white space,
 // "-" and "_" included) or misplaced padding. The empty text decodes to no bytes.
-std::optional<std::string> base64Decode(std::string_view text);
+ZORVIK_API std::optional<std::string> base64Decode(std::string_view text);
 
 // Whether the bytes are well-formed UTF-8 (no overlong forms, no surrogates).
-bool isValidUtf8(std::string_view bytes);
+ZORVIK_API bool isValidUtf8(std::string_view bytes);
 
 }  // namespace zorvik::platform

@@ -3,6 +3,8 @@
 #include <compare>
 #include <string>
 
+#include "platform/foundation/Export.h"
+
 namespace zorvik::platform {
 
 // A point in time, in seconds since 1970-01-01 00:00 UTC. A value; any thread.
@@ -14,6 +16,6 @@ struct Date {
 };
 
 // "2026-11-22 20:48:23 +0000", always in UTC.
-std::string description(Date date);
+ZORVIK_API std::string description(Date date);
 
 }  // namespace zorvik::platform

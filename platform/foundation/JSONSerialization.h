@@ -6,13 +6,14 @@
 #include <string_view>
 
 #include "platform/foundation/Error.h"
+#include "platform/foundation/Export.h"
 #include "platform/foundation/Value.h"
 
 namespace zorvik::platform {
 
 // Strict JSON (RFC 8259) in both directions. Numbers are exact: Value::parseNumber says which kind
 // of value each becomes, and none is a reason to refuse a text. Pure; any thread; never throws.
-class JSONSerialization {
+class ZORVIK_API JSONSerialization {
   public:
     enum class ReadingOptions {
         none,              // the top level must be an object or an array

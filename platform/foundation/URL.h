@@ -4,10 +4,12 @@
 #include <string>
 #include <string_view>
 
+#include "platform/foundation/Export.h"
+
 namespace zorvik::platform {
 
 // An address. A value; any thread.
-class URL {
+class ZORVIK_API URL {
   public:
     // A URI reference of RFC 3986, strictly: a space, a bare non-ASCII character or a broken
     // percent-escape is no URL, and neither is the empty text. Relative references are URLs.

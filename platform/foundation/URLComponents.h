@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/foundation/Export.h"
+
 namespace zorvik::platform {
 
 // One item of a query, percent-decoded. "a" has no value, "a=" an empty one.
@@ -16,10 +18,10 @@ struct URLQueryItem {
 };
 
 // [a=1, b] : the items for a console line.
-std::string description(const std::vector<URLQueryItem>& items);
+ZORVIK_API std::string description(const std::vector<URLQueryItem>& items);
 
 // The parts of a URI reference of RFC 3986. A value; any thread.
-class URLComponents {
+class ZORVIK_API URLComponents {
   public:
     // nullopt for a text that is no URI reference (see URL::parse; the empty text is one here).
     static std::optional<URLComponents> parse(std::string_view text);

@@ -11,6 +11,8 @@
 #include <variant>
 #include <vector>
 
+#include "platform/foundation/Export.h"
+
 namespace zorvik::platform {
 
 class Value;
@@ -20,7 +22,7 @@ using Dictionary = std::map<std::string, Value, std::less<>>;
 // A number that neither an integer nor a double holds exactly, kept as it was written:
 // "123456789012345678901", "1e400". Equal when written alike. Comes from Value::parseNumber alone;
 // zero once moved from.
-class ExactNumber {
+class ZORVIK_API ExactNumber {
   public:
     ExactNumber(const ExactNumber&) = default;
     ExactNumber(ExactNumber&& other) noexcept { text_.swap(other.text_); }
@@ -46,7 +48,7 @@ class ExactNumber {
 // A value of any JSON type. Copied on assignment; any thread.
 // An integer is held signed when it fits 64 signed bits, else unsigned, so equal numbers compare
 // equal; numbers of different kinds never do.
-class Value {
+class ZORVIK_API Value {
   public:
     Value() = default;
     // Out of line: inlined, g++ 12 takes the moved variant for uninitialised.
@@ -108,9 +110,9 @@ class Value {
 // container, ["key": value, ...] for a dictionary ([:] when empty), [a, b] for an array, true and
 // false, numbers in their shortest form that reads back the same (a whole double as 5.0), an
 // ExactNumber as it was written.
-std::string description(const Value& value);
-std::string description(const Dictionary& dictionary);
-std::string description(double number);
+ZORVIK_API std::string description(const Value& value);
+ZORVIK_API std::string description(const Dictionary& dictionary);
+ZORVIK_API std::string description(double number);
 inline const char* description(bool boolean) {
     return boolean ? "true" : "false";
 }

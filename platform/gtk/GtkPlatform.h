@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/foundation/Export.h"
 #include "platform/foundation/Geometry.h"
 #include "platform/uikit/UIViewController.h"
 
@@ -29,7 +30,7 @@ struct GtkPlatformOptions {
 // thread that makes it, which becomes the main thread and the one that runs GLib's main loop.
 // Owned by the host's main function. Main thread only. Its end waits two seconds at the most for
 // background tasks (events, core services of the host's); what they answer later is dropped.
-class GtkPlatform {
+class ZORVIK_API GtkPlatform {
   public:
     // Initialises GTK when the host has not. nullptr when there is no display to open, or the
     // applicationId cannot be the name of a folder; standard error says which.

@@ -6,13 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "platform/foundation/Export.h"
 #include "platform/services/ApplicationService.h"
 #include "platform/services/Scheduler.h"
 
 namespace zorvik::platform::headless {
 
 // An application on a machine where only the installed schemes can be opened. Main thread only.
-class HeadlessApplication : public ApplicationService {
+class ZORVIK_API HeadlessApplication : public ApplicationService {
   public:
     explicit HeadlessApplication(Scheduler& scheduler) : scheduler_(scheduler) {}
 

@@ -4,12 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "platform/foundation/Export.h"
 #include "platform/services/DefaultsStore.h"
 
 namespace zorvik::platform::headless {
 
 // Entries in memory; they go with the port. Main thread only.
-class HeadlessDefaults : public DefaultsStore {
+class ZORVIK_API HeadlessDefaults : public DefaultsStore {
   public:
     const std::map<std::string, DefaultsValue>& entries() const { return entries_; }
     // The keys in the order in which they were removed, absent ones included.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Export.h"
 #include "platform/headless/HeadlessApplication.h"
 #include "platform/headless/HeadlessDefaults.h"
 #include "platform/headless/HeadlessScheduler.h"
@@ -10,7 +11,7 @@ namespace zorvik::platform::headless {
 
 // The headless port: installed from construction to destruction, on the thread that makes it. For
 // tests of a host's integration. What is still pending at the end is dropped, not run.
-class HeadlessPlatform {
+class ZORVIK_API HeadlessPlatform {
   public:
     explicit HeadlessPlatform(
         HeadlessScheduler::Background background = HeadlessScheduler::Background::manual);

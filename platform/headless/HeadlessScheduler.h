@@ -12,13 +12,14 @@
 #include <thread>
 #include <vector>
 
+#include "platform/foundation/Export.h"
 #include "platform/services/Scheduler.h"
 
 namespace zorvik::platform::headless {
 
 // A main queue that turns when told to, over a virtual clock. The thread that makes it is the main
 // thread and the only one that may turn it; tasks may be posted from any thread.
-class HeadlessScheduler : public Scheduler {
+class ZORVIK_API HeadlessScheduler : public Scheduler {
   public:
     enum class Background {
         manual,  // background tasks wait until one is told to run, on the calling thread

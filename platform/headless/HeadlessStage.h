@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/foundation/Export.h"
 #include "platform/services/Scheduler.h"
 #include "platform/services/Stage.h"
 
@@ -13,7 +14,7 @@ namespace zorvik::platform::headless {
 
 // A stage without a screen: 390 by 844 points, every character a fixed share of the font size wide.
 // Showing and hiding take slideSeconds of virtual time when animated. Main thread only.
-class HeadlessStage : public Stage {
+class ZORVIK_API HeadlessStage : public Stage {
   public:
     static constexpr double slideSeconds = 0.35;
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/foundation/Export.h"
 #include "platform/services/Scheduler.h"
 #include "platform/services/WebEngine.h"
 
@@ -35,7 +36,7 @@ struct ScriptedLoad {
 // fails before its commit, a script for which nothing is scripted answers with an error. Each step
 // of a page (question, start, commit, finish, failure, message, answer) is a main-queue turn of
 // its own, in the order the desktop's engine has. Main thread only.
-class ScriptedWebEngine : public WebEngine {
+class ZORVIK_API ScriptedWebEngine : public WebEngine {
   public:
     using LoadScript = std::function<std::optional<ScriptedLoad>(const std::string& url)>;
     using EvaluationScript = std::function<Result<ScriptValue>(const std::string& script)>;
@@ -71,7 +72,7 @@ class ScriptedWebEngine : public WebEngine {
 };
 
 // A page of the scripted engine, with what a page's own script could do.
-class ScriptedPage : public WebPage {
+class ZORVIK_API ScriptedPage : public WebPage {
   public:
     ScriptedPage(ScriptedWebEngine& engine, const WebPageConfiguration& configuration,
                  std::weak_ptr<WebPageDelegate> delegate);

@@ -4,13 +4,14 @@
 #include <functional>
 #include <memory>
 
+#include "platform/foundation/Export.h"
 #include "platform/services/Scheduler.h"
 
 namespace zorvik::platform {
 
 // A few threads for the background tasks of a port, started as tasks come. Owned by the port's
 // scheduler.
-class BackgroundThreads {
+class ZORVIK_API BackgroundThreads {
   public:
     // `ended` is called after each task, on its thread.
     BackgroundThreads(std::size_t maximumThreads, std::function<void()> ended);

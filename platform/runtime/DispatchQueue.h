@@ -1,11 +1,12 @@
 #pragma once
 
+#include "platform/foundation/Export.h"
 #include "platform/services/Scheduler.h"
 
 namespace zorvik::platform {
 
 // The main queue and the global queue, over the installed scheduler. A handle; any thread.
-class DispatchQueue {
+class ZORVIK_API DispatchQueue {
   public:
     enum class QualityOfService { background };
 

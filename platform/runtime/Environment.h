@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Export.h"
 #include "platform/services/ApplicationService.h"
 #include "platform/services/DefaultsStore.h"
 #include "platform/services/Scheduler.h"
@@ -21,7 +22,7 @@ struct Services {
 
 // The port in force. One port at a time; the thread that installs it is the main thread, until
 // another one installs a port.
-class Environment {
+class ZORVIK_API Environment {
   public:
     // Makes the calling thread the main one. Installing over an installed port is a programming
     // error. The notification centre starts anew.

@@ -3,15 +3,17 @@
 #include <memory>
 #include <utility>
 
+#include "platform/foundation/Export.h"
+
 namespace zorvik::platform {
 
 // Ends a debug build when called off the main thread; nothing in a release build, or while no
 // port is installed.
-void assertMainThread();
+ZORVIK_API void assertMainThread();
 
 // Runs `destroy` at once on the main thread, else in a main-queue turn; where the port is gone by
 // then, once the next one is installed.
-void destroyOnMainThread(void* object, void (*destroy)(void*));
+ZORVIK_API void destroyOnMainThread(void* object, void (*destroy)(void*));
 
 // Makes an object whose destructor runs on the main thread, wherever its last reference drops.
 // Every toolkit object and every screen is made by it.

@@ -6,11 +6,13 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/foundation/Export.h"
+
 namespace zorvik::platform {
 
 // Tells observers of named happenings. Main thread only; delivers on the posting thread, inside
 // the call.
-class NotificationCenter {
+class ZORVIK_API NotificationCenter {
   public:
     // Posted each time the application comes back to the front.
     static constexpr std::string_view applicationDidBecomeActive =

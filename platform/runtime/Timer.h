@@ -4,13 +4,14 @@
 #include <memory>
 #include <optional>
 
+#include "platform/foundation/Export.h"
 #include "platform/services/Scheduler.h"
 
 namespace zorvik::platform {
 
 // A one-shot timer on the main run loop. The run loop keeps it until it fires, whoever else lets
 // go of it. Main thread only.
-class Timer {
+class ZORVIK_API Timer {
   public:
     static std::shared_ptr<Timer> scheduledTimer(double seconds, std::function<void()> block);
 

@@ -4,13 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "platform/foundation/Export.h"
 #include "platform/services/DefaultsStore.h"
 
 namespace zorvik::platform {
 
 // The application's standard store of small typed entries, over the installed port's. Main thread
 // only.
-class UserDefaults {
+class ZORVIK_API UserDefaults {
   public:
     static UserDefaults& standard();
 
@@ -24,6 +25,6 @@ class UserDefaults {
 };
 
 // The entry for a console line; a Date as its description.
-std::string description(const DefaultsValue& value);
+ZORVIK_API std::string description(const DefaultsValue& value);
 
 }  // namespace zorvik::platform

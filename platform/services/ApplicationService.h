@@ -2,11 +2,12 @@
 
 #include <functional>
 
+#include "platform/foundation/Export.h"
 #include "platform/foundation/URL.h"
 
 namespace zorvik::platform {
 
-class ApplicationDelegate {
+class ZORVIK_API ApplicationDelegate {
   public:
     virtual ~ApplicationDelegate() = default;
     // The application came back to the front; once for each return, on the main thread.
@@ -14,7 +15,7 @@ class ApplicationDelegate {
 };
 
 // The application among others on this machine. Owned by the port; main thread only.
-class ApplicationService {
+class ZORVIK_API ApplicationService {
   public:
     virtual ~ApplicationService() = default;
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/foundation/Date.h"
+#include "platform/foundation/Export.h"
 
 namespace zorvik::platform {
 
@@ -15,7 +16,7 @@ using DefaultsValue = std::variant<std::string, Date, double, bool>;
 // the process is the port's business; a port that stores durably has stored a write and a removal
 // when the call returns, so that a process killed afterwards finds neither an entry that was
 // removed nor lacks one that was written.
-class DefaultsStore {
+class ZORVIK_API DefaultsStore {
   public:
     virtual ~DefaultsStore() = default;
 

@@ -3,13 +3,15 @@
 #include <cstdint>
 #include <functional>
 
+#include "platform/foundation/Export.h"
+
 namespace zorvik::platform {
 
 using Task = std::function<void()>;
 
 // The port's threads and clocks. Owned by the port, lives while it is installed. Members may be
 // called on any thread unless they say otherwise.
-class Scheduler {
+class ZORVIK_API Scheduler {
   public:
     using TaskId = std::uint64_t;
 

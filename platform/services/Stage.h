@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/foundation/Export.h"
 #include "platform/foundation/Geometry.h"
 
 namespace zorvik::platform {
@@ -12,7 +13,7 @@ class UIView;
 class UIViewController;
 
 // Where view controllers are shown. Owned by the port; main thread only.
-class Stage {
+class ZORVIK_API Stage {
   public:
     virtual ~Stage() = default;
 

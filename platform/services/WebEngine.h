@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/foundation/Error.h"
+#include "platform/foundation/Export.h"
 #include "platform/foundation/URL.h"
 #include "platform/foundation/URLRequest.h"
 
@@ -44,7 +45,7 @@ struct ScriptPanelAnswer {
 // cancelled reports nothing more. A main-frame load reports started, then committed and finished,
 // or exactly one failure: before its commit or after it. Nothing is reported after the page's
 // destruction.
-class WebPageDelegate {
+class ZORVIK_API WebPageDelegate {
   public:
     virtual ~WebPageDelegate() = default;
 
@@ -70,7 +71,7 @@ struct WebPageConfiguration {
 
 // One page of a web engine. Owned by the toolkit's web view; main thread only. Destroying it is
 // allowed at any time, inside its own reports too.
-class WebPage {
+class ZORVIK_API WebPage {
   public:
     using Completion = std::function<void(const Result<ScriptValue>&)>;
 
@@ -96,7 +97,7 @@ class WebPage {
 };
 
 // Makes pages. Owned by the port; main thread only.
-class WebEngine {
+class ZORVIK_API WebEngine {
   public:
     virtual ~WebEngine() = default;
 

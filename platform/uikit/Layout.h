@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Export.h"
 #include "platform/uikit/UIView.h"
 
 namespace zorvik::platform {
@@ -8,6 +9,6 @@ namespace zorvik::platform {
 // `size` with the safe area inset by `safeArea`, and every scroll view its content size. Text is
 // measured by the installed stage. Where constraints leave something open, the intrinsic size
 // holds, else zero, and the superview's origin; where they contradict, those activated first hold.
-void layoutTree(UIView& root, const Size& size, const UIEdgeInsets& safeArea);
+ZORVIK_API void layoutTree(UIView& root, const Size& size, const UIEdgeInsets& safeArea);
 
 }  // namespace zorvik::platform

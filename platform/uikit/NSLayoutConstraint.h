@@ -4,6 +4,8 @@
 #include <memory>
 #include <vector>
 
+#include "platform/foundation/Export.h"
+
 namespace zorvik::platform {
 
 class UIView;
@@ -15,7 +17,7 @@ enum class LayoutAttribute { left, right, top, bottom, width, height, centerX, c
 struct NSLayoutAnchor;
 
 // "first = second + constant", or "first = constant" without a second item. Points.
-struct NSLayoutConstraint {
+struct ZORVIK_API NSLayoutConstraint {
     std::weak_ptr<UIView> firstItem;
     LayoutAttribute firstAttribute = LayoutAttribute::left;
     bool firstIsSafeArea = false;
@@ -35,7 +37,7 @@ struct NSLayoutConstraint {
     static void activate(const std::vector<NSLayoutConstraint>& constraints);
 };
 
-struct NSLayoutAnchor {
+struct ZORVIK_API NSLayoutAnchor {
     std::weak_ptr<UIView> item;
     LayoutAttribute attribute = LayoutAttribute::left;
     bool isSafeArea = false;

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "platform/foundation/Export.h"
 #include "platform/uikit/UIView.h"
 
 namespace zorvik::platform {
 
 // A spinning wheel. Not spinning until started. See UIView for owner and thread.
-class UIActivityIndicatorView : public UIView {
+class ZORVIK_API UIActivityIndicatorView : public UIView {
   public:
     enum class Style { medium, large };
 

@@ -3,13 +3,14 @@
 #include <functional>
 #include <string_view>
 
+#include "platform/foundation/Export.h"
 #include "platform/foundation/URL.h"
 #include "platform/runtime/NotificationCenter.h"
 
 namespace zorvik::platform {
 
 // The application object of the installed port. Main thread only.
-class UIApplication {
+class ZORVIK_API UIApplication {
   public:
     // Posted to the default notification centre each time the application comes back to the front.
     static constexpr std::string_view didBecomeActiveNotification =

@@ -4,13 +4,14 @@
 #include <memory>
 #include <string>
 
+#include "platform/foundation/Export.h"
 #include "platform/uikit/UIView.h"
 
 namespace zorvik::platform {
 
 // A button of the system type: a coloured title that answers a touch. See UIView for owner and
 // thread.
-class UIButton : public UIView {
+class ZORVIK_API UIButton : public UIView {
   public:
     static constexpr double fontSize = 17;  // points
 

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "platform/foundation/Export.h"
 #include "platform/uikit/UIView.h"
 
 namespace zorvik::platform {
@@ -9,7 +10,7 @@ namespace zorvik::platform {
 enum class NSTextAlignment { left, center };
 
 // A text of one or more lines. See UIView for owner and thread.
-class UILabel : public UIView {
+class ZORVIK_API UILabel : public UIView {
   public:
     static constexpr double fontSize = 17;  // points
 

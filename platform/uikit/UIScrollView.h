@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/foundation/Export.h"
 #include "platform/uikit/UIView.h"
 
 namespace zorvik::platform {
@@ -7,7 +8,7 @@ namespace zorvik::platform {
 // A view onto content larger than itself. Constraints from a subview's edges to the scroll view's
 // edges lay out the content; those to its width, height and centre mean the visible part. See
 // UIView for owner and thread.
-class UIScrollView : public UIView {
+class ZORVIK_API UIScrollView : public UIView {
   public:
     using UIView::UIView;
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/foundation/Export.h"
 #include "platform/foundation/Geometry.h"
 #include "platform/runtime/MainThread.h"
 #include "platform/uikit/NSLayoutConstraint.h"
@@ -16,7 +17,7 @@ class AnimationGroup;
 
 // A view: plain retained data that a port's stage shows. Made by makeOnMainThread, owned by its
 // superview and whoever else holds it. Main thread only.
-class UIView : public std::enable_shared_from_this<UIView> {
+class ZORVIK_API UIView : public std::enable_shared_from_this<UIView> {
   public:
     explicit UIView(Rect frame = {});
     UIView(const UIView&) = delete;

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "platform/foundation/Export.h"
 #include "platform/uikit/UIView.h"
 
 namespace zorvik::platform {
@@ -12,7 +13,7 @@ enum class UIModalPresentationStyle { automatic, fullScreen };
 
 // Manages a screen's view. Made by makeOnMainThread; while presented it is owned by the presenting
 // controller. Main thread only.
-class UIViewController : public std::enable_shared_from_this<UIViewController> {
+class ZORVIK_API UIViewController : public std::enable_shared_from_this<UIViewController> {
   public:
     UIViewController() = default;
     UIViewController(const UIViewController&) = delete;

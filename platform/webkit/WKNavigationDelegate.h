@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "platform/foundation/Error.h"
+#include "platform/foundation/Export.h"
 #include "platform/foundation/URL.h"
 
 namespace zorvik::platform {
@@ -21,7 +22,7 @@ struct WKNavigationAction {
 
 // Decides about and hears of a web view's navigations, on the main thread. Held weakly. Without a
 // delegate every navigation is allowed.
-class WKNavigationDelegate {
+class ZORVIK_API WKNavigationDelegate {
   public:
     using DecisionHandler = std::function<void(WKNavigationActionPolicy)>;
 

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "platform/foundation/Export.h"
 #include "platform/services/WebEngine.h"
 
 namespace zorvik::platform {
@@ -15,7 +16,7 @@ struct WKScriptMessage {
 class WKUserContentController;
 
 // Receives a page's messages, on the main thread. Held weakly.
-class WKScriptMessageHandler {
+class ZORVIK_API WKScriptMessageHandler {
   public:
     virtual ~WKScriptMessageHandler() = default;
     virtual void userContentControllerDidReceive(WKUserContentController& controller,

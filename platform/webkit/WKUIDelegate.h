@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "platform/foundation/Export.h"
+
 namespace zorvik::platform {
 
 class WKWebView;
@@ -11,7 +13,7 @@ class WKWebView;
 // Answers a page's script panels, on the main thread; each completion is called exactly once, and
 // the page waits for it. Held weakly. Without a delegate an alert is closed, a confirm answered
 // false and a prompt answered with nothing.
-class WKUIDelegate {
+class ZORVIK_API WKUIDelegate {
   public:
     virtual ~WKUIDelegate() = default;
 

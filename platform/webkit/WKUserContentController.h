@@ -5,13 +5,14 @@
 #include <string>
 #include <vector>
 
+#include "platform/foundation/Export.h"
 #include "platform/webkit/WKScriptMessage.h"
 
 namespace zorvik::platform {
 
 // What native code adds to a web view's pages. Owned by the view's configuration; main thread
 // only. Names added before the web view is made count from its first page on.
-class WKUserContentController {
+class ZORVIK_API WKUserContentController {
   public:
     // The handler is held weakly and receives what pages post under the name. Adding a name that
     // is taken replaces its handler.

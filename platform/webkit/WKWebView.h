@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/foundation/Export.h"
 #include "platform/foundation/URLRequest.h"
 #include "platform/services/WebEngine.h"
 #include "platform/uikit/UIView.h"
@@ -15,7 +16,7 @@
 namespace zorvik::platform {
 
 // A view that shows web pages of the installed port's engine. See UIView for owner and thread.
-class WKWebView : public UIView {
+class ZORVIK_API WKWebView : public UIView {
   public:
     using EvaluationCompletion = std::function<void(const Result<ScriptValue>&)>;
 
