@@ -36,6 +36,7 @@ install(FILES "${PROJECT_BINARY_DIR}/zorvik_checkout-config.cmake"
 file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/core_contract_symbols.txt" symbols REGEX "^_Z")
 list(TRANSFORM symbols PREPEND "-Wl,--undefined=")
 list(JOIN symbols " " contract_symbols)
+file(RELATIVE_PATH prefix_from_here "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" /)
 function(zorvik_pkg_config name description requires requires_private libs)
   configure_file("${PROJECT_SOURCE_DIR}/cmake/zorvik.pc.in" "${PROJECT_BINARY_DIR}/${name}.pc" @ONLY)
   install(FILES "${PROJECT_BINARY_DIR}/${name}.pc"
