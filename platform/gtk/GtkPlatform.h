@@ -23,6 +23,10 @@ struct GtkPlatformOptions {
     // that its page loads without waiting for it. It costs the memory of an idle page; turned off,
     // each checkout waits for a process of its own.
     bool keepsSparePage = true;
+    // A page that leaves the customer's click or key unanswered for this long (seconds) counts as
+    // hung: its web process is ended and the page has failed. More than a page may ever spend in
+    // one piece of script, a wait for its server included.
+    double hungPageSeconds = 20;
 };
 
 // The desktop port on GTK 4 and WebKitGTK 6.0: installed from construction to destruction on the

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/gtk/GtkWebEngine.h"
 #include "platform/gtk/WebPageError.h"
 #include "platform/runtime/Environment.h"
 
@@ -12,6 +13,10 @@ namespace zorvik::platform::gtk {
 namespace {
 
 constexpr double defaultTimeout = 60;
+// How long a web process may owe an answer after a load that made no progress, and when a new load
+// is to start.
+constexpr double patienceAfterTimeout = 5;
+constexpr double patienceOfALoad = 1;
 
 Error errorFrom(const GError& error) {
     return {g_quark_to_string(error.domain), error.code, error.message};
@@ -57,11 +62,12 @@ class GtkWebPage::PolicyAnswer {
     const bool isRedirect_;
 };
 
-GtkWebPage::GtkWebPage(ObjectPointer<WebKitWebView> view, std::weak_ptr<WebPageDelegate> delegate,
-                       std::weak_ptr<const PageGoing> going)
-    : view_(std::move(view)),
+GtkWebPage::GtkWebPage(GtkWebEngine& engine, ObjectPointer<WebKitWebView> view,
+                       std::weak_ptr<WebPageDelegate> delegate, double hungSeconds)
+    : engine_(engine),
+      view_(std::move(view)),
       delegate_(std::move(delegate)),
-      going_(std::move(going)),
+      hungSeconds_(hungSeconds),
       self_(std::make_shared<GtkWebPage*>(this)),
       watch_([this] { timedOut(); }) {
     connectSignals();
@@ -71,23 +77,16 @@ GtkWebPage::~GtkWebPage() {
     *self_ = nullptr;
     WebKitUserContentManager* manager = webkit_web_view_get_user_content_manager(view_.get());
     g_signal_handlers_disconnect_by_data(view_.get(), this);
+    gtk_widget_remove_controller(widget(), input_);
     while (!handlers_.empty())
         removeMessageHandler(handlers_.begin()->first);
     webkit_user_content_manager_remove_all_scripts(manager);
     webkit_web_view_stop_loading(view_.get());
-    if (const auto going = going_.lock()) (*going)(view_.get());
     GtkWidget* own = widget();
     if (gtk_widget_get_parent(own) != nullptr) gtk_widget_unparent(own);
-
-    // The view may be in the middle of a report, so its page is closed in a later turn. Left to
-    // its references, it would run on as long as somebody holds a question of it open.
-    std::shared_ptr<WebKitWebView> closing(view_.release(), [](WebKitWebView* leaving) {
-        g_object_run_dispose(G_OBJECT(leaving));
-        g_object_unref(leaving);
-    });
-    if (!Environment::isInstalled()) return;
-    Environment::scheduler().runOnMain([closing = std::move(closing)] {});
-    cancelEvaluations();
+    probe_.reset();
+    engine_.pageLeft(*this, std::move(view_));
+    if (Environment::isInstalled()) cancelEvaluations();
 }
 
 GtkWidget* GtkWebPage::widget() const {
@@ -95,6 +94,11 @@ GtkWidget* GtkWebPage::widget() const {
 }
 
 void GtkWebPage::load(const URLRequest& request) {
+    // A hung process would not load this either, and what it shows is to go anyway.
+    if (probe_ && probe_->seconds() >= patienceOfALoad && state_ == LoadState::none) {
+        isRequested_ = showsPage_ = false;
+        endProcess();
+    }
     isRequested_ = true;
     requestTimeout_ = request.timeoutInterval > 0 ? request.timeoutInterval : defaultTimeout;
     // The request's own time counts from its start: first a web process may have to come up.
@@ -181,6 +185,7 @@ void GtkWebPage::loadChanged(int event) {
             break;
         case WEBKIT_LOAD_COMMITTED:
             state_ = LoadState::committed;
+            showsPage_ = true;
             if (delegate) delegate->pageCommitted();
             break;
         case WEBKIT_LOAD_FINISHED:
@@ -225,16 +230,37 @@ void GtkWebPage::timedOut() {
     isRequested_ = false;
     if (!isLoading) return;
     stopLoading();
+    askProcess(patienceAfterTimeout);
     report(isCommitted, webPageError(WebPageErrorCode::timedOut, "The request timed out."));
 }
 
+void GtkWebPage::customerActed() {
+    if (showsPage_) askProcess(hungSeconds_);
+}
+
+void GtkWebPage::askProcess(double patience) {
+    if (probe_) return;
+    probe_ = std::make_unique<ProcessProbe>(
+        Environment::scheduler(), view_.get(), patience, [this](ProcessProbe::Answer answer) {
+            probe_.reset();
+            // A script waits for the answer to its panel as long as it takes.
+            if (answer == ProcessProbe::Answer::silent && openPanel_.expired()) endProcess();
+        });
+}
+
+void GtkWebPage::endProcess() {
+    webkit_web_view_terminate_web_process(view_.get());
+}
+
 void GtkWebPage::webProcessEnded() {
-    const bool isCommitted = state_ == LoadState::committed;
-    const bool isLoading = state_ != LoadState::none || isRequested_;
+    probe_.reset();
+    const bool wasInUse = showsPage_ || state_ != LoadState::none || isRequested_;
+    showsPage_ = false;
     isRequested_ = false;
     loadEnded();
-    if (!isLoading) return;
-    report(isCommitted,
+    if (!wasInUse) return;
+    // Nothing is left of a page that was committed: whoever shows it has to begin anew.
+    report(false,
            webPageError(WebPageErrorCode::webProcessEnded, "The web process ended unexpectedly."));
 }
 

@@ -9,9 +9,11 @@
 
 #include "platform/gtk/LoadWatch.h"
 #include "platform/gtk/ObjectPointer.h"
+#include "platform/gtk/ProcessProbe.h"
 #include "platform/services/WebEngine.h"
 
 typedef struct _GAsyncResult GAsyncResult;
+typedef struct _GtkEventController GtkEventController;
 typedef struct _GtkWidget GtkWidget;
 typedef struct _JSCValue JSCValue;
 typedef struct _WebKitNavigationAction WebKitNavigationAction;
@@ -21,15 +23,15 @@ typedef struct _WebKitWebView WebKitWebView;
 
 namespace zorvik::platform::gtk {
 
-// Called with the view of a page that goes, while the view can still be used.
-using PageGoing = std::function<void(WebKitWebView* view)>;
+class GtkWebEngine;
 
 // A WebKitGTK view as a page. Owned by the toolkit's web view; main thread only.
 class GtkWebPage : public WebPage {
   public:
-    // `going` is called at the end when it still exists; it belongs to the engine.
-    GtkWebPage(ObjectPointer<WebKitWebView> view, std::weak_ptr<WebPageDelegate> delegate,
-               std::weak_ptr<const PageGoing> going);
+    // Hands its view back to the engine at its end. What leaves the customer's input unanswered for
+    // `hungSeconds` ends as a dead web process does.
+    GtkWebPage(GtkWebEngine& engine, ObjectPointer<WebKitWebView> view,
+               std::weak_ptr<WebPageDelegate> delegate, double hungSeconds);
     ~GtkWebPage() override;
 
     // For the stage to place. Leaves its parent when the page goes.
@@ -63,6 +65,9 @@ class GtkWebPage : public WebPage {
     void newWindowAsked(WebKitNavigationAction* action);
     void loadChanged(int event);
     void loadFailed(bool isCommitted, const char* failingUri, const GError& error);
+    void customerActed();
+    void askProcess(double patience);
+    void endProcess();
     void webProcessEnded();
     void panelAsked(WebKitScriptDialog* dialog);
     void evaluated(const std::shared_ptr<Evaluation>& evaluation, GAsyncResult* result);
@@ -76,9 +81,11 @@ class GtkWebPage : public WebPage {
 
     void timedOut();
 
+    GtkWebEngine& engine_;
     ObjectPointer<WebKitWebView> view_;
     std::weak_ptr<WebPageDelegate> delegate_;
-    std::weak_ptr<const PageGoing> going_;
+    const double hungSeconds_;
+    GtkEventController* input_ = nullptr;  // the view's
     Self self_;
 
     LoadState state_ = LoadState::none;
@@ -87,7 +94,11 @@ class GtkWebPage : public WebPage {
     std::weak_ptr<PolicyAnswer> requestAnswer_;  // the open question about it
     std::optional<std::string> refusedRedirect_;
 
+    bool showsPage_ = false;  // one was committed, and its web process lives
+
     LoadWatch watch_;
+    std::unique_ptr<ProcessProbe> probe_;
+    std::weak_ptr<void> openPanel_;
 
     std::set<std::shared_ptr<Evaluation>> evaluations_;
     std::map<std::string, std::unique_ptr<Handler>> handlers_;

@@ -159,6 +159,7 @@ void GtkWebPage::panelAsked(WebKitScriptDialog* dialog) {
         return;
     }
     const auto answer = std::make_shared<PanelAnswer>(dialog);
+    openPanel_ = answer;
     const auto delegate = delegate_.lock();
     if (!delegate) return;
     ScriptPanel panel;

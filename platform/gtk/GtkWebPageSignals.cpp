@@ -5,8 +5,34 @@
 // How the page hears of its view, and what it refuses the page's script on its own.
 namespace zorvik::platform::gtk {
 
+namespace {
+
+bool isTouchOfTheCustomer(GdkEvent* event) {
+    switch (gdk_event_get_event_type(event)) {
+        case GDK_BUTTON_PRESS:
+        case GDK_KEY_PRESS:
+        case GDK_TOUCH_BEGIN:
+        case GDK_SCROLL:
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
 void GtkWebPage::connectSignals() {
     WebKitWebView* view = view_.get();
+    input_ = gtk_event_controller_legacy_new();
+    gtk_event_controller_set_propagation_phase(input_, GTK_PHASE_CAPTURE);
+    gtk_widget_add_controller(widget(), input_);
+    g_signal_connect(
+        input_, "event",
+        G_CALLBACK(+[](GtkEventControllerLegacy*, GdkEvent* event, gpointer page) -> gboolean {
+            if (isTouchOfTheCustomer(event)) static_cast<GtkWebPage*>(page)->customerActed();
+            return FALSE;
+        }),
+        this);
     g_signal_connect(view, "decide-policy",
                      G_CALLBACK(+[](WebKitWebView*, WebKitPolicyDecision* decision,
                                     WebKitPolicyDecisionType type, gpointer page) -> gboolean {

@@ -284,13 +284,16 @@ void ScriptedPage::cancelLoad() {
 
 void ScriptedPage::killWebProcess() {
     ++processGeneration_;
+    const bool wasInUse = isLoading() || committedUrl_;
     committedUrl_.reset();
-    const auto asked = std::exchange(asked_, nullptr);
-    const auto started = takeLoad();
-    const auto load = started ? started : asked;
-    if (!load) return;
-    inTurn([load](ScriptedPage& page) {
-        page.reportFailure(*load, makeError(processEnded, "The web process ended unexpectedly."));
+    asked_.reset();
+    takeLoad();
+    if (!wasInUse) return;
+    inTurn([](ScriptedPage& page) {
+        page.report([](WebPageDelegate& delegate) {
+            delegate.pageFailedBeforeCommit(
+                makeError(processEnded, "The web process ended unexpectedly."));
+        });
     });
 }
 

@@ -88,8 +88,8 @@ class ScriptedPage : public WebPage {
     bool post(const std::string& name, const ScriptValue& body);
     // The page shows a panel; the answer goes to `answered` in the turn that gave it.
     void showPanel(const ScriptPanel& panel, std::function<void(ScriptPanelAnswer)> answered = {});
-    // The web process dies: evaluations under way fail, so does a load, the address is gone. A
-    // later load works.
+    // The web process dies: evaluations under way fail, the address is gone, and what was loading
+    // or shown fails as before a commit. A later load works.
     void killWebProcess();
 
     // What was asked of the page so far.

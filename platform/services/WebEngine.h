@@ -42,8 +42,10 @@ struct ScriptPanelAnswer {
 //
 // Every navigation (page-started ones, redirects, sub-frames) is asked for first. One that is
 // cancelled reports nothing more. A main-frame load reports started, then committed and finished,
-// or exactly one failure: before its commit or after it. Nothing is reported after the page's
-// destruction.
+// or exactly one failure: before its commit or after it. A web process that dies, or no longer
+// answers and is ended, is one failure before a commit, whatever it was doing, an idle page too:
+// nothing is left of what was committed. No load follows by itself. Nothing is reported after the
+// page's destruction.
 class WebPageDelegate {
   public:
     virtual ~WebPageDelegate() = default;

@@ -160,31 +160,31 @@ TEST_F(NavigationContract, AnUnfinishedPageLoadsOnUntilTheNextNavigationIsAllowe
     expectEvents("ask /second, fail late, start, commit /second, finish /second");
 }
 
-TEST_F(NavigationContract, StoppingOrADeadWebProcessFailsALoadOnceByThePhaseItIsIn) {
-    const std::function<void()> waysToEnd[] = {
-        [&] { view->stopLoading(); },
-        [&] { port->killWebProcess(*view); },
+TEST_F(NavigationContract, StoppingFailsALoadByItsPhaseAndADeadWebProcessBeforeACommit) {
+    const std::function<void()> stop = [&] { view->stopLoading(); };
+    const std::function<void()> kill = [&] { port->killWebProcess(*view); };
+    const struct {
+        std::string path;
+        std::string endedAt;
+        const std::function<void()>& end;
+        std::string failure;
+    } cases[] = {
+        {"/slow-forever", "start", stop, "fail early"},
+        {"/slow-body", "commit /slow-body", stop, "fail late"},
+        {"/slow-forever", "start", kill, "fail early"},
+        {"/slow-body", "commit /slow-body", kill, "fail early"},
+        {"/plain", "finish /plain", kill, "fail early"},
     };
-    for (const auto& end : waysToEnd) {
-        for (const auto& [path, stoppedAt, failure] :
-             {std::tuple<std::string, std::string, std::string>{"/slow-forever", "start", "early"},
-              {"/slow-body", "commit /slow-body", "late"}}) {
-            loadPlainPage();
-            load(path);
-            ASSERT_TRUE(waitFor(stoppedAt));
-            const std::string before = joined(recorder->events);
-            end();
-            EXPECT_EQ(joined(recorder->events), before) << "nothing is reported inside the call";
-            expectEvents(before + ", fail " + failure);
-        }
+    for (const auto& row : cases) {
+        loadPlainPage();
+        load(row.path);
+        ASSERT_TRUE(waitFor(row.endedAt));
+        const std::string before = joined(recorder->events);
+        row.end();
+        EXPECT_EQ(joined(recorder->events), before) << "nothing is reported inside the call";
+        expectEvents(before + ", " + row.failure);
     }
-}
-
-TEST_F(NavigationContract, ADeadWebProcessOfALoadedPageIsSilentAndALaterLoadWorks) {
-    loadPlainPage();
-    port->killWebProcess(*view);
-    ASSERT_TRUE(waitUntil([&] { return !view->url(); }));
-    expectEvents("");
+    EXPECT_EQ(view->url(), std::nullopt);
     loadPlainPage();
     post("again");
     EXPECT_TRUE(waitFor("message string again"));

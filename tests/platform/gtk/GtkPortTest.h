@@ -65,9 +65,9 @@ class Picture {
 // The desktop port with one window on an X server of the test's own.
 class GtkPortTest : public testing::Test {
   protected:
-    explicit GtkPortTest(bool keepsSparePage = false)
-        : platform(gtk::GtkPlatform::make(
-              {.applicationId = "zorvik-test", .keepsSparePage = keepsSparePage})) {
+    explicit GtkPortTest(const gtk::GtkPlatformOptions& options = {.applicationId = "zorvik-test",
+                                                                   .keepsSparePage = false})
+        : platform(gtk::GtkPlatform::make(options)) {
         screen->setModalPresentationStyle(UIModalPresentationStyle::fullScreen);
     }
 

@@ -12,7 +12,10 @@ using testing::ElementsAre;
 
 class WebPageTest : public GtkPortTest {
   protected:
-    explicit WebPageTest(bool keepsSparePage = false) : GtkPortTest(keepsSparePage) {
+    explicit WebPageTest(const gtk::GtkPlatformOptions& options = {.applicationId = "zorvik-test",
+                                                                   .keepsSparePage = false,
+                                                                   .hungPageSeconds = 2})
+        : GtkPortTest(options) {
         server.replyPage("/page", "<a id=a target=_blank href=/link>link</a>");
     }
 
@@ -33,12 +36,12 @@ class WebPageTest : public GtkPortTest {
     std::string load(const std::string& address) {
         delegate->events.clear();
         page->load({*URL::parse(address)});
-        EXPECT_TRUE(waitUntil([&] {
+        waitUntil([&] {
             return !delegate->events.empty() && (delegate->events.back().starts_with("finish ") ||
                                                  delegate->events.back() == "fail early");
-        })) << address;
+        });
         settle(0.2);
-        return delegate->events.back();
+        return delegate->events.empty() ? "nothing" : delegate->events.back();
     }
 
     RawServer server;
@@ -80,16 +83,34 @@ TEST_F(WebPageTest, WhatAServerMaySendInsteadOfAPageEndsClearly) {
     }
 }
 
-TEST_F(WebPageTest, CookiesAreSharedAmongPagesAndEndWithThePlatform) {
-    server.reply("/set", RawServer::response("200 OK", "", "Set-Cookie: a=1; Max-Age=999\r\n"));
+TEST_F(WebPageTest, AProcessThatDoesNotAnswerEndsAndTheSamePageLoadsAgain) {
+    const std::string hangs = "<script>setTimeout(() => { for (;;); }, 300)</script>";
+    server.replyPage("/hangs", hangs);
+    server.replyPage("/hangs-loading", hangs + "<img src=/slow>");
+    server.reply("/slow", "", true);
     showPage();
-    load(server.address("/set"));
-    leavePage();
-    showPage();
-    load(server.address("/page"));
-    EXPECT_THAT(server.requests().back(), testing::HasSubstr("Cookie: a=1"));
-    EXPECT_FALSE(
-        std::filesystem::exists(std::string(std::getenv("XDG_DATA_HOME")) + "/zorvik-test"));
+    const struct {
+        std::string path;
+        double timeout;
+        std::size_t eventsBefore;
+        std::string expected;
+    } cases[] = {
+        {"/hangs-loading", 0.6, 3,
+         "ask /hangs-loading, start, commit /hangs-loading, fail late, fail early"},
+        {"/hangs", 60, 4, "ask /hangs, start, commit /hangs, finish /hangs, fail early"},
+    };
+    for (const auto& row : cases) {
+        delegate->events.clear();
+        URLRequest request{*URL::parse(server.address(row.path))};
+        request.timeoutInterval = row.timeout;
+        page->load(request);
+        ASSERT_TRUE(waitUntil([&] { return delegate->events.size() == row.eventsBefore; }));
+        settle(0.4);
+        if (row.timeout == 60) click(100, 100);  // no load is under way to notice it
+        waitUntil([&] { return contract::joined(delegate->events) == row.expected; });
+        EXPECT_EQ(contract::joined(delegate->events), row.expected);
+        EXPECT_EQ(load(server.address("/page")), "finish /page");
+    }
 }
 
 class SparePageTest : public WebPageTest {
@@ -107,7 +128,7 @@ class SparePageTest : public WebPageTest {
 
   private:
     explicit SparePageTest(std::vector<pid_t> earlier)
-        : WebPageTest(true), earlier_(std::move(earlier)) {}
+        : WebPageTest({.applicationId = "zorvik-test"}), earlier_(std::move(earlier)) {}
 
     const std::vector<pid_t> earlier_;
 };
@@ -127,6 +148,37 @@ TEST_F(SparePageTest, EachPageTakesTheProcessThatIsThereAndAKilledOneIsReplaced)
         }
         leavePage();
         settle();
+    }
+}
+
+TEST_F(SparePageTest, AHungPageEndsWithItsProcessAndNeverHoldsUpTheNext) {
+    const struct {
+        const char* name;
+        std::string script;
+        double pause;  // until the next page is opened
+    } cases[] = {
+        {"after its load", "setTimeout(() => fetch('/hung').then(() => { for (;;); }), 0)", 0},
+        {"in its load",
+         "const r = new XMLHttpRequest(); r.open('GET', '/hung', false); r.send(); for (;;);", 0},
+        {"as it goes", "onpagehide = () => { for (;;); }; fetch('/hung')", 0.3},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.name);
+        ASSERT_TRUE(waitUntil([&] { return processes().size() == 1; }));
+        const pid_t hung = processes().at(0);
+        server.replyPage("/hangs", "<script>" + row.script + "</script>");
+        const auto before = server.requests().size();
+        showPage();
+        page->load({*URL::parse(server.address("/hangs"))});
+        ASSERT_TRUE(waitUntil([&] { return server.requests().size() == before + 2; }));
+        settle(0.1);
+        leavePage();
+        settle(row.pause);
+        showPage();
+        EXPECT_EQ(load(server.address("/page")), "finish /page");
+        EXPECT_TRUE(
+            platform->runUntil([&] { return std::ranges::count(processes(), hung) == 0; }, 5));
+        leavePage();
     }
 }
 
