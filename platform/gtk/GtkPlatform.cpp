@@ -29,12 +29,11 @@ GtkWebEngineOptions engineOptions(const GtkPlatformOptions& options) {
     GtkWebEngineOptions engine;
     engine.keepsSparePage = options.keepsSparePage;
     engine.hungSeconds = options.hungPageSeconds;
-    if (!options.ephemeralPages) {
-        const std::filesystem::path data = g_get_user_data_dir();
-        const std::filesystem::path cache = g_get_user_cache_dir();
-        engine.dataFolder = data / options.applicationId / "pages";
-        engine.cacheFolder = cache / options.applicationId / "pages";
-    }
+    engine.pageData = options.pageData;
+    const std::filesystem::path data = g_get_user_data_dir();
+    const std::filesystem::path cache = g_get_user_cache_dir();
+    engine.dataFolder = data / options.applicationId / "pages";
+    engine.cacheFolder = cache / options.applicationId / "pages";
     return engine;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/foundation/Geometry.h"
+#include "platform/gtk/PageData.h"
 #include "platform/uikit/UIViewController.h"
 
 typedef struct _GtkWindow GtkWindow;  // GTK's own declaration, so that this header needs no GTK
@@ -17,8 +18,7 @@ struct GtkPlatformOptions {
     // $XDG_CONFIG_HOME/<applicationId>/defaults.json.
     std::string applicationId;
     UIEdgeInsets safeAreaInsets = {};
-    // Pages keep cookies and caches in memory only.
-    bool ephemeralPages = true;
+    PageData pageData = PageData::inMemory;
     // Keeps one web process at hand for the next checkout, started ahead for the first one, so
     // that its page loads without waiting for it. It costs the memory of an idle page; turned off,
     // each checkout waits for a process of its own.

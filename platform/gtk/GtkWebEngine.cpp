@@ -8,11 +8,23 @@
 namespace zorvik::platform::gtk {
 namespace {
 
-ObjectPointer<WebKitNetworkSession> makeSession(const GtkWebEngineOptions& options) {
+ObjectPointer<WebKitNetworkSession> makeSessionOnDisk(const GtkWebEngineOptions& options) {
     ObjectPointer<WebKitNetworkSession> session(
-        options.dataFolder.empty()
-            ? webkit_network_session_new_ephemeral()
-            : webkit_network_session_new(options.dataFolder.c_str(), options.cacheFolder.c_str()));
+        webkit_network_session_new(options.dataFolder.c_str(), options.cacheFolder.c_str()));
+    // Unlike all the rest, cookies are kept in memory unless a file is named.
+    const std::string file = options.dataFolder + "/cookies.sqlite";
+    g_mkdir_with_parents(options.dataFolder.c_str(), 0700);
+    webkit_cookie_manager_set_persistent_storage(
+        webkit_network_session_get_cookie_manager(session.get()), file.c_str(),
+        WEBKIT_COOKIE_PERSISTENT_STORAGE_SQLITE);
+    return session;
+}
+
+ObjectPointer<WebKitNetworkSession> makeSession(const GtkWebEngineOptions& options) {
+    auto session =
+        options.pageData == PageData::onDisk
+            ? makeSessionOnDisk(options)
+            : ObjectPointer<WebKitNetworkSession>(webkit_network_session_new_ephemeral());
     g_signal_connect(session.get(), "download-started",
                      G_CALLBACK(+[](WebKitNetworkSession*, WebKitDownload* download, gpointer) {
                          webkit_download_cancel(download);
@@ -26,7 +38,7 @@ ObjectPointer<WebKitNetworkSession> makeSession(const GtkWebEngineOptions& optio
 GtkWebEngine::GtkWebEngine(Scheduler& scheduler, const GtkWebEngineOptions& options)
     : scheduler_(scheduler),
       options_(options),
-      session_(makeSession(options)) {
+      session_(options.pageData == PageData::freshForEachPage ? nullptr : makeSession(options)) {
     if (options_.keepsSparePage) addSpare(makeView(), SpareView::Origin::ownProcess);
 }
 
@@ -45,8 +57,11 @@ ObjectPointer<WebKitWebView> GtkWebEngine::makeView(WebKitWebView* related) {
     webkit_settings_set_enable_fullscreen(settings.get(), FALSE);
     // A related view would share the other one's message handlers if it had none of its own.
     const ObjectPointer<WebKitUserContentManager> content(webkit_user_content_manager_new());
+    const ObjectPointer<WebKitNetworkSession> ownSession =
+        related == nullptr && !session_ ? makeSession(options_) : nullptr;
+    WebKitNetworkSession* session = ownSession ? ownSession.get() : session_.get();
     const char* origin = related != nullptr ? "related-view" : "network-session";
-    gpointer of = related != nullptr ? static_cast<gpointer>(related) : session_.get();
+    gpointer of = related != nullptr ? static_cast<gpointer>(related) : session;
     return share(
         WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, origin, of, "settings", settings.get(),
                                      "user-content-manager", content.get(), nullptr)));
@@ -97,15 +112,16 @@ void GtkWebEngine::addSpare(ObjectPointer<WebKitWebView> view, SpareView::Origin
 
 void GtkWebEngine::spareChanged(const SpareView& changed) {
     const auto isChanged = [&](const auto& spare) { return spare.get() == &changed; };
+    const bool isOfPastPage = changed.origin() == SpareView::Origin::pastPage;
     const bool needsSpare = options_.keepsSparePage && pages_.empty() &&
                             std::ranges::none_of(spares_, [&](const auto& spare) {
                                 return !isChanged(spare) && spare->canBeTaken();
                             });
-    if (needsSpare && changed.state() == SpareView::State::answered) return;
-    // One that could not even start is not tried again.
-    const bool startsAnother = needsSpare && changed.origin() == SpareView::Origin::pastPage;
+    const bool hasPastData = isOfPastPage && options_.pageData == PageData::freshForEachPage;
+    if (needsSpare && changed.state() == SpareView::State::answered && !hasPastData) return;
     std::erase_if(spares_, isChanged);
-    if (startsAnother) addSpare(makeView(), SpareView::Origin::ownProcess);
+    // One that could not even start is not tried again.
+    if (needsSpare && isOfPastPage) addSpare(makeView(), SpareView::Origin::ownProcess);
 }
 
 }  // namespace zorvik::platform::gtk

@@ -6,6 +6,7 @@
 
 #include "platform/gtk/GtkWebPage.h"
 #include "platform/gtk/ObjectPointer.h"
+#include "platform/gtk/PageData.h"
 #include "platform/gtk/SpareView.h"
 #include "platform/services/Scheduler.h"
 
@@ -14,7 +15,8 @@ typedef struct _WebKitNetworkSession WebKitNetworkSession;
 namespace zorvik::platform::gtk {
 
 struct GtkWebEngineOptions {
-    // Where cookies and caches are kept; empty: in memory only.
+    PageData pageData = PageData::inMemory;
+    // Made and written to when the data is kept on disk.
     std::string dataFolder;
     std::string cacheFolder;
     // Keeps one web process started ahead of the next page: a fresh one at first, then that of the
@@ -24,9 +26,9 @@ struct GtkWebEngineOptions {
     double hungSeconds = 20;
 };
 
-// Pages of WebKitGTK that share one network session. A web process is handed on to a later page
-// only when it answers after the page before it is closed; one that does not is ended. Main thread
-// only.
+// Pages of WebKitGTK that share one network session, or have one each. A web process is handed on
+// to a later page only when it answers after the page before it is closed; one that does not is
+// ended. Main thread only.
 class GtkWebEngine : public WebEngine {
   public:
     GtkWebEngine(Scheduler& scheduler, const GtkWebEngineOptions& options);
@@ -50,7 +52,7 @@ class GtkWebEngine : public WebEngine {
 
     Scheduler& scheduler_;
     const GtkWebEngineOptions options_;
-    ObjectPointer<WebKitNetworkSession> session_;
+    const ObjectPointer<WebKitNetworkSession> session_;  // none when each page has its own
     // At most one that can be taken; the others are in processes of pages that went and are still
     // asked.
     std::vector<std::unique_ptr<SpareView>> spares_;

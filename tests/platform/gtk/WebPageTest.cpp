@@ -182,5 +182,54 @@ TEST_F(SparePageTest, AHungPageEndsWithItsProcessAndNeverHoldsUpTheNext) {
     }
 }
 
+// What each of three pages, one after another, sees of those before it: its cookie, its stored
+// entry, and whether the server is asked for its file again. The third belongs to a new platform.
+std::vector<std::string> seenByPages(gtk::PageData data) {
+    RawServer server;
+    server.reply("/file", RawServer::response("200 OK", "", "Cache-Control: max-age=999\r\n"));
+    server.replyPage("/page", R"(<script src=/file></script><script>
+        fetch('/saw?' + document.cookie + '&' + localStorage.getItem('entry'));
+        document.cookie = 'cookie=1; max-age=999'; localStorage.setItem('entry', 2);</script>)");
+    const auto isFor = [](const std::string& path) {
+        return [start = "GET " + path](const std::string& request) {
+            return request.starts_with(start);
+        };
+    };
+    std::vector<std::string> seen;
+    for (const int pages : {2, 1}) {
+        const auto platform =
+            gtk::GtkPlatform::make({.applicationId = "page-data", .pageData = data});
+        for (int number = 0; number < pages; ++number) {
+            const auto page = makeOnMainThread<WKWebView>(Rect{}, WKWebViewConfiguration());
+            const auto before = std::ssize(server.requests());
+            std::vector<std::string> requests;
+            page->load({*URL::parse(server.address("/page"))});
+            EXPECT_TRUE(platform->runUntil(
+                [&] {
+                    requests = server.requests();
+                    requests.erase(requests.begin(), requests.begin() + before);
+                    return std::ranges::any_of(requests, isFor("/saw"));
+                },
+                10));
+            const bool fetches = std::ranges::any_of(requests, isFor("/file"));
+            const std::string text = requests.back().substr(9);
+            seen.push_back(text.substr(0, text.find(' ')) + (fetches ? " fetched" : " cached"));
+            // The next page finds a spare view there.
+            platform->runUntil([] { return false; }, 0.3);
+        }
+    }
+    return seen;
+}
+
+TEST(PageDataTest, APageFindsOfEarlierOnesWhatTheHostChose) {
+    using gtk::PageData, testing::StartsWith;
+    const std::string none = "&null fetched";
+    const auto all = StartsWith("cookie=1&2 ");  // the engine may drop a file at any time
+    EXPECT_THAT(seenByPages(PageData::freshForEachPage), ElementsAre(none, none, none));
+    EXPECT_THAT(seenByPages(PageData::inMemory), ElementsAre(none, all, none));
+    EXPECT_FALSE(std::filesystem::exists(std::string(std::getenv("XDG_DATA_HOME")) + "/page-data"));
+    EXPECT_THAT(seenByPages(PageData::onDisk), ElementsAre(none, all, all));
+}
+
 }  // namespace
 }  // namespace zorvik::tests
