@@ -22,14 +22,27 @@ Error errorFrom(const GError& error) {
     return {g_quark_to_string(error.domain), error.code, error.message};
 }
 
-void decideResponse(WebKitPolicyDecision* decision) {
-    // What the engine cannot show fails instead of becoming a download.
-    if (webkit_response_policy_decision_is_mime_type_supported(
-            WEBKIT_RESPONSE_POLICY_DECISION(decision))) {
-        webkit_policy_decision_use(decision);
-    } else {
-        webkit_policy_decision_ignore(decision);
+bool isAttachment(WebKitURIResponse* response) {
+    SoupMessageHeaders* headers = webkit_uri_response_get_http_headers(response);
+    char* disposition = nullptr;
+    if (headers == nullptr ||
+        !soup_message_headers_get_content_disposition(headers, &disposition, nullptr)) {
+        return false;
     }
+    const TextPointer owned(disposition);
+    return g_ascii_strcasecmp(disposition, "attachment") == 0;
+}
+
+// A page for the main frame, or anything the engine shows for a sub-frame. The rest is neither
+// shown nor saved. The engine's viewer of PDF documents has no way back to the page.
+bool canBeShown(WebKitResponsePolicyDecision* decision) {
+    WebKitURIResponse* response = webkit_response_policy_decision_get_response(decision);
+    const char* type = webkit_uri_response_get_mime_type(response);
+    const bool isDocument =
+        g_strcmp0(type, "application/pdf") == 0 || g_strcmp0(type, "text/pdf") == 0;
+    return webkit_response_policy_decision_is_mime_type_supported(decision) &&
+           !isAttachment(response) &&
+           !(isDocument && webkit_response_policy_decision_is_main_frame_main_resource(decision));
 }
 
 }  // namespace
@@ -122,7 +135,12 @@ std::optional<URL> GtkWebPage::currentUrl() const {
 void GtkWebPage::policyAsked(WebKitPolicyDecision* decision, int type) {
     watch_.progressSeen();
     if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
-        decideResponse(decision);
+        // Ignored, a load of the main frame fails.
+        if (canBeShown(WEBKIT_RESPONSE_POLICY_DECISION(decision))) {
+            webkit_policy_decision_use(decision);
+        } else {
+            webkit_policy_decision_ignore(decision);
+        }
         return;
     }
     WebKitNavigationAction* action = webkit_navigation_policy_decision_get_navigation_action(
@@ -178,7 +196,8 @@ void GtkWebPage::loadChanged(int event) {
     const auto delegate = delegate_.lock();
     switch (event) {
         case WEBKIT_LOAD_STARTED:
-            watch_.start(std::exchange(isRequested_, false) ? requestTimeout_ : defaultTimeout);
+            isOwnLoad_ = std::exchange(isRequested_, false);
+            watch_.start(isOwnLoad_ ? requestTimeout_ : defaultTimeout);
             state_ = LoadState::provisional;
             refusedRedirect_.reset();
             if (delegate) delegate->pageStarted();
@@ -219,6 +238,10 @@ void GtkWebPage::loadFailed(bool isCommitted, const char* failingUri, const GErr
     loadEnded();
     const auto refused = std::exchange(refusedRedirect_, std::nullopt);
     if (refused && failingUri != nullptr && *refused == failingUri) return;
+    // The engine found nothing to show, and what the page started leaves the page as it is.
+    const bool hasNothingToShow = g_error_matches(
+        &error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
+    if (hasNothingToShow && !isOwnLoad_ && showsPage_) return;
     report(isCommitted, errorFrom(error));
 }
 

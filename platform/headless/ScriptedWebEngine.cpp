@@ -201,6 +201,8 @@ void ScriptedPage::proceed() {
         inTurn(whileLoading(&ScriptedPage::askForRedirect));
     } else if (script.ending == ScriptedLoad::Ending::failBeforeCommit) {
         fail(load_, script.error);
+    } else if (script.ending == ScriptedLoad::Ending::nothingToShow) {
+        inTurn(whileLoading(&ScriptedPage::endWithNothing));
     } else if (script.ending != ScriptedLoad::Ending::hang) {
         inTurn(whileLoading(&ScriptedPage::commit));
     }
@@ -218,6 +220,11 @@ void ScriptedPage::askForRedirect() {
         [load = load_](ScriptedPage& page) {
             if (page.load_ == load) page.takeLoad();
         });
+}
+
+void ScriptedPage::endWithNothing() {
+    const auto load = takeLoad();
+    if (load->isByHost || !committedUrl_) reportFailure(*load, load->script.error);
 }
 
 void ScriptedPage::commit() {

@@ -22,6 +22,7 @@ struct ScriptedLoad {
         finish,
         failBeforeCommit,
         failAfterCommit,
+        nothingToShow,    // as a document to save: fails, or leaves the page that started it alone
         hang,             // nothing more until stopped, superseded or timed out
         hangAfterCommit,  // commits and then nothing more
     };
@@ -122,6 +123,7 @@ class ScriptedPage : public WebPage {
     void start(const std::shared_ptr<Load>& load);
     void proceed();
     void askForRedirect();
+    void endWithNothing();
     void commit();
     void fail(const std::shared_ptr<Load>& load, const Error& error);
     void reportFailure(const Load& load, const Error& error) const;

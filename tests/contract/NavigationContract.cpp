@@ -19,6 +19,7 @@ TEST_F(NavigationContract, EveryLoadReportsItsStepsInOrderAndEndsOnce) {
         {"/refused", "ask /refused, start, fail early", "none"},
         {"/closes-before-headers", "ask /closes-before-headers, start, fail early", "none"},
         {"/no-content", "ask /no-content, start, fail early", "none"},
+        {"/attachment", "ask /attachment, start, fail early", "none"},
         {"/slow-forever", "ask /slow-forever, start, fail early", "none", 0.3},
         {"/plain", "ask /plain, start, commit /plain, finish /plain", "/plain", 0.3},
         {"/error-500", "ask /error-500, start, commit /error-500, finish /error-500", "/error-500"},
@@ -64,6 +65,13 @@ TEST_F(NavigationContract, ACancelledNavigationReportsNothingMoreAndThePageLives
          [&] { load("/redirect-upi"); }},
         {"upi://pay?am=1", "ask upi://pay?am=1",
          [&] { port->pageNavigates(*view, "upi://pay?am=1"); }},
+        // Refused by the engine: there is nothing to show.
+        {"", "ask /attachment, start",
+         [&] { port->pageNavigates(*view, port->url("/attachment").absoluteString()); }},
+        {"", "ask /no-content, start",
+         [&] { port->pageNavigates(*view, port->url("/no-content").absoluteString()); }},
+        {"", "ask data:text/html,other, start",
+         [&] { port->pageNavigates(*view, "data:text/html,other"); }},
     };
     for (const auto& row : cases) {
         recorder->events.clear();

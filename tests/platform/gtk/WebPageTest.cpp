@@ -44,6 +44,7 @@ class WebPageTest : public GtkPortTest {
         return delegate->events.empty() ? "nothing" : delegate->events.back();
     }
 
+    const std::string pdf = "HTTP/1.1 200 OK\r\nContent-Type: application/pdf\r\n\r\n%PDF-1.4\n";
     RawServer server;
     const std::shared_ptr<contract::Recorder> delegate = std::make_shared<contract::Recorder>();
     std::shared_ptr<WKWebView> page;
@@ -68,6 +69,7 @@ TEST_F(WebPageTest, WhatAServerMaySendInsteadOfAPageEndsClearly) {
     server.reply("/protected", RawServer::response("401 Unauthorized", "<p>Who?",
                                                    "WWW-Authenticate: Basic realm=x\r\n"));
     server.reply("/garbage", "this is no HTTP\r\n\r\n");
+    server.reply("/document", pdf);
     showPage();
     const struct {
         const char* name;
@@ -76,11 +78,64 @@ TEST_F(WebPageTest, WhatAServerMaySendInsteadOfAPageEndsClearly) {
     } cases[] = {
         {"a question for a password", server.address("/protected"), "finish /protected"},
         {"no HTTP", server.address("/garbage"), "fail early"},
+        {"a PDF document", server.address("/document"), "fail early"},
         {"no TLS", "https" + server.address("/secret").substr(4), "fail early"},
     };
     for (const auto& row : cases) {
         EXPECT_EQ(load(row.address), row.end) << row.name;
     }
+}
+
+TEST_F(WebPageTest, WhatCannotBeShownAndWhatIsDroppedLeaveThePageAlone) {
+    server.reply("/document", pdf);
+    showPage();
+    const auto source =
+        makeOnMainThread<WKWebView>(Rect{0, 400, 400, 300}, WKWebViewConfiguration());
+    screen->view()->addSubview(source);
+    server.replyPage("/source", "<a href=/dropped style='font-size:90px'>drag</a>");
+    source->load({*URL::parse(server.address("/source"))});
+    load(server.address("/page"));
+    for (const std::string script :
+         {"location.href = '/document'",
+          "location.href = URL.createObjectURL(new Blob(['x'], {type: 'application/zip'}))"}) {
+        delegate->events.clear();
+        page->evaluateJavaScript("setTimeout(() => { " + script + " }, 0);0", {});
+        ASSERT_TRUE(waitUntil([&] { return delegate->events.size() >= 2; })) << script;
+        settle();
+        EXPECT_THAT(delegate->events, ElementsAre(testing::StartsWith("ask "), "start")) << script;
+    }
+    delegate->events.clear();
+    for (const char* step :
+         {"mousemove 100 460", "mousedown 1", "mousemove 110 440", "mousemove 120 400",
+          "mousemove 130 200", "mousemove 131 190", "mousemove 132 180", "mouseup 1"}) {
+        xdotool(step);
+    }
+    EXPECT_THAT(delegate->events, ElementsAre());
+    EXPECT_EQ(page->url()->absoluteString(), server.address("/page"));
+}
+
+TEST_F(WebPageTest, TheMenuHasTheEditingItemsAlone) {
+    server.replyPage("/form",
+                     R"(<style>* { font-size: 40px }</style><input id=card value=4111><p>text
+        <script>window.keys = ''; onkeydown = event => { keys += event.key; }</script>)");
+    showPage();
+    load(server.address("/form"));
+    const auto value = [&](const std::string& script) {
+        std::optional<std::string> text;
+        page->evaluateJavaScript(script, [&](const auto& result) { text = result.value().text; });
+        waitUntil([&] { return text.has_value(); });
+        return *text;
+    };
+    xdotool("mousemove 50 40 sleep 0.1 click --repeat 2 1 sleep 0.1 click 3");
+    xdotool("mousemove_relative 40 25 sleep 0.1 click 1");
+    EXPECT_EQ(value("card.value"), "") << "cut";
+    xdotool("mousemove 50 40 sleep 0.1 click 3");
+    xdotool("mousemove_relative 40 85 sleep 0.1 click 1");
+    EXPECT_EQ(value("card.value"), "4111") << "pasted";
+    // Over plain text there is no menu to take the keys.
+    value("keys = ''");
+    xdotool("mousemove 50 140 sleep 0.1 click 3 sleep 0.3 key x");
+    EXPECT_EQ(value("keys"), "x");
 }
 
 TEST_F(WebPageTest, AProcessThatDoesNotAnswerEndsAndTheSamePageLoadsAgain) {
