@@ -43,8 +43,15 @@ GtkWebEngine::GtkWebEngine(Scheduler& scheduler, const GtkWebEngineOptions& opti
 }
 
 GtkWebEngine::~GtkWebEngine() {
-    for (const auto& view : leftViews_)
+    end();
+}
+
+void GtkWebEngine::end() {
+    for (GtkWebPage* page : std::exchange(pages_, {}))
+        leftViews_.push_back(page->giveUpView());
+    for (const auto& view : std::exchange(leftViews_, {}))
         endWithProcess(view.get());
+    spares_.clear();
 }
 
 ObjectPointer<WebKitWebView> GtkWebEngine::makeView(WebKitWebView* related) {
@@ -87,7 +94,7 @@ std::unique_ptr<WebPage> GtkWebEngine::makePage(const WebPageConfiguration& conf
     return page;
 }
 
-void GtkWebEngine::pageLeft(const GtkWebPage& page, ObjectPointer<WebKitWebView> view) {
+void GtkWebEngine::pageLeft(GtkWebPage& page, ObjectPointer<WebKitWebView> view) {
     std::erase(pages_, &page);
     // The view may be in the middle of a report, so its page is closed in a later turn. Left to
     // its references, it would run on as long as somebody holds a question of it open.

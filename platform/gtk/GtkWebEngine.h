@@ -40,7 +40,10 @@ class GtkWebEngine : public WebEngine {
                                       std::weak_ptr<WebPageDelegate> delegate) override;
 
     // A page hands over the view it is done with.
-    void pageLeft(const GtkWebPage& page, ObjectPointer<WebKitWebView> view);
+    void pageLeft(GtkWebPage& page, ObjectPointer<WebKitWebView> view);
+    // Ends every view with its web process, those of living pages too, without a report. Pages
+    // that are destroyed afterwards touch nothing of the engine's. The destructor does it.
+    void end();
 
   private:
     // In the web process of `related` when one is given, else in one of its own.
@@ -56,7 +59,7 @@ class GtkWebEngine : public WebEngine {
     // At most one that can be taken; the others are in processes of pages that went and are still
     // asked.
     std::vector<std::unique_ptr<SpareView>> spares_;
-    std::vector<const GtkWebPage*> pages_;                 // alive
+    std::vector<GtkWebPage*> pages_;                       // alive
     std::vector<ObjectPointer<WebKitWebView>> leftViews_;  // not closed yet
 };
 

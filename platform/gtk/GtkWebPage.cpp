@@ -87,7 +87,17 @@ GtkWebPage::GtkWebPage(GtkWebEngine& engine, ObjectPointer<WebKitWebView> view,
 }
 
 GtkWebPage::~GtkWebPage() {
+    if (!view_) return;
+    const auto evaluations = std::exchange(evaluations_, {});
+    engine_.pageLeft(*this, giveUpView());
+    cancel(evaluations);
+}
+
+ObjectPointer<WebKitWebView> GtkWebPage::giveUpView() {
     *self_ = nullptr;
+    watch_.stop();
+    probe_.reset();
+    drop(std::exchange(evaluations_, {}));
     WebKitUserContentManager* manager = webkit_web_view_get_user_content_manager(view_.get());
     g_signal_handlers_disconnect_by_data(view_.get(), this);
     gtk_widget_remove_controller(widget(), input_);
@@ -97,9 +107,7 @@ GtkWebPage::~GtkWebPage() {
     webkit_web_view_stop_loading(view_.get());
     GtkWidget* own = widget();
     if (gtk_widget_get_parent(own) != nullptr) gtk_widget_unparent(own);
-    probe_.reset();
-    engine_.pageLeft(*this, std::move(view_));
-    if (Environment::isInstalled()) cancelEvaluations();
+    return std::move(view_);
 }
 
 GtkWidget* GtkWebPage::widget() const {
@@ -107,6 +115,7 @@ GtkWidget* GtkWebPage::widget() const {
 }
 
 void GtkWebPage::load(const URLRequest& request) {
+    if (!view_) return;
     // A hung process would not load this either, and what it shows is to go anyway.
     if (probe_ && probe_->seconds() >= patienceOfALoad && state_ == LoadState::none) {
         isRequested_ = showsPage_ = false;
@@ -120,6 +129,7 @@ void GtkWebPage::load(const URLRequest& request) {
 }
 
 void GtkWebPage::stopLoading() {
+    if (!view_) return;
     isRequested_ = false;
     if (state_ == LoadState::none) watch_.stop();
     // The engine itself would keep the address of a load that was never allowed.
@@ -128,7 +138,7 @@ void GtkWebPage::stopLoading() {
 }
 
 std::optional<URL> GtkWebPage::currentUrl() const {
-    const char* uri = webkit_web_view_get_uri(view_.get());
+    const char* uri = view_ ? webkit_web_view_get_uri(view_.get()) : nullptr;
     return uri != nullptr ? URL::fromEngine(uri) : std::nullopt;
 }
 

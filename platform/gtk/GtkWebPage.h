@@ -25,7 +25,8 @@ namespace zorvik::platform::gtk {
 
 class GtkWebEngine;
 
-// A WebKitGTK view as a page. Owned by the toolkit's web view; main thread only.
+// A WebKitGTK view as a page. Owned by the toolkit's web view; main thread only. Once the engine
+// has ended, the page does and knows nothing any more, and any thread may destroy it.
 class GtkWebPage : public WebPage {
   public:
     // Hands its view back to the engine at its end. What leaves the customer's input unanswered for
@@ -36,6 +37,9 @@ class GtkWebPage : public WebPage {
 
     // For the stage to place. Leaves its parent when the page goes.
     GtkWidget* widget() const;
+    // Takes the view, and with it all the page had to do with the engine, for the engine's end.
+    // Nothing is reported, and no evaluation completes.
+    ObjectPointer<WebKitWebView> giveUpView();
 
     void load(const URLRequest& request) override;
     void stopLoading() override;
@@ -54,6 +58,7 @@ class GtkWebPage : public WebPage {
     using Self = std::shared_ptr<GtkWebPage*>;
     class PolicyAnswer;
     struct Evaluation;
+    using Evaluations = std::set<std::shared_ptr<Evaluation>>;
     struct Handler {
         GtkWebPage* page;
         std::string name;
@@ -71,7 +76,8 @@ class GtkWebPage : public WebPage {
     void webProcessEnded();
     void panelAsked(WebKitScriptDialog* dialog);
     void evaluated(const std::shared_ptr<Evaluation>& evaluation, GAsyncResult* result);
-    void cancelEvaluations();
+    static void cancel(const Evaluations& evaluations);
+    static void drop(const Evaluations& evaluations);
     void messagePosted(const std::string& name, JSCValue* body);
 
     bool isOwnRequest(const std::string& uri) const;
@@ -82,7 +88,7 @@ class GtkWebPage : public WebPage {
     void timedOut();
 
     GtkWebEngine& engine_;
-    ObjectPointer<WebKitWebView> view_;
+    ObjectPointer<WebKitWebView> view_;  // none once it was given up
     std::weak_ptr<WebPageDelegate> delegate_;
     const double hungSeconds_;
     GtkEventController* input_ = nullptr;  // the view's
@@ -101,7 +107,7 @@ class GtkWebPage : public WebPage {
     std::unique_ptr<ProcessProbe> probe_;
     std::weak_ptr<void> openPanel_;
 
-    std::set<std::shared_ptr<Evaluation>> evaluations_;
+    Evaluations evaluations_;
     std::map<std::string, std::unique_ptr<Handler>> handlers_;
 };
 

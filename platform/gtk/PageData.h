@@ -9,9 +9,9 @@ enum class PageData {
     onDisk,
     // In memory, shared by all pages until the platform ends. Nothing is written.
     inMemory,
-    // In memory, for one page alone: the next customer at a kiosk finds nothing. A page cannot take
-    // over the web process of the one before it; the spare one is started anew after each page,
-    // while the screen is idle, for some 0.1 seconds of a processor.
+    // In memory, for one page alone: the next customer at a kiosk finds nothing. No page takes over
+    // the web process of the one before it, so each loads as the first one does; the spare process
+    // is started anew after each page.
     freshForEachPage,
 };
 

@@ -37,6 +37,16 @@ inline std::vector<pid_t> webProcesses(pid_t ancestor = getpid()) {
     return found;
 }
 
+// Waits for what no turn of the main loop tells, such as another process's end.
+inline bool pollUntil(gtk::GtkPlatform& platform, const std::function<bool()>& condition,
+                      double seconds = 5) {
+    for (double waited = 0; !condition(); waited += 0.05) {
+        if (waited > seconds) return false;
+        platform.runUntil([] { return false; }, 0.05);
+    }
+    return true;
+}
+
 using Pixel = std::array<int, 3>;  // red, green and blue from 0 to 255
 
 // A PNG file as pixels, to ask what is where on the screen; empty when there is no such file.

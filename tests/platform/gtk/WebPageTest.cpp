@@ -1,5 +1,7 @@
 #include <signal.h>
 
+#include <thread>
+
 #include "platform/webkit/WKWebView.h"
 #include "tests/contract/ContractTest.h"
 #include "tests/platform/gtk/GtkPortTest.h"
@@ -189,7 +191,7 @@ class SparePageTest : public WebPageTest {
 };
 
 TEST_F(SparePageTest, EachPageTakesTheProcessThatIsThereAndAKilledOneIsReplaced) {
-    ASSERT_TRUE(waitUntil([&] { return processes().size() == 1; }));
+    ASSERT_TRUE(pollUntil(*platform, [&] { return processes().size() == 1; }));
     settle();
     const pid_t ahead = processes().at(0);
     for (int round = 0; round < 4; ++round) {
@@ -219,7 +221,7 @@ TEST_F(SparePageTest, AHungPageEndsWithItsProcessAndNeverHoldsUpTheNext) {
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.name);
-        ASSERT_TRUE(waitUntil([&] { return processes().size() == 1; }));
+        ASSERT_TRUE(pollUntil(*platform, [&] { return processes().size() == 1; }));
         const pid_t hung = processes().at(0);
         server.replyPage("/hangs", "<script>" + row.script + "</script>");
         const auto before = server.requests().size();
@@ -232,7 +234,7 @@ TEST_F(SparePageTest, AHungPageEndsWithItsProcessAndNeverHoldsUpTheNext) {
         showPage();
         EXPECT_EQ(load(server.address("/page")), "finish /page");
         EXPECT_TRUE(
-            platform->runUntil([&] { return std::ranges::count(processes(), hung) == 0; }, 5));
+            pollUntil(*platform, [&] { return std::ranges::count(processes(), hung) == 0; }));
         leavePage();
     }
 }
@@ -284,6 +286,45 @@ TEST(PageDataTest, APageFindsOfEarlierOnesWhatTheHostChose) {
     EXPECT_THAT(seenByPages(PageData::inMemory), ElementsAre(none, all, none));
     EXPECT_FALSE(std::filesystem::exists(std::string(std::getenv("XDG_DATA_HOME")) + "/page-data"));
     EXPECT_THAT(seenByPages(PageData::onDisk), ElementsAre(none, all, all));
+}
+
+// A view with a load and a hung script under way that somebody holds past the platform's end.
+std::shared_ptr<WKWebView> viewPastThePlatform() {
+    RawServer server;
+    server.reply("/slow",
+                 "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\n\r\n<p>" + std::string(2000, '-'),
+                 true);
+    const auto platform = gtk::GtkPlatform::make({.applicationId = "zorvik-test"});
+    const auto delegate = std::make_shared<contract::Recorder>();
+    auto view = makeOnMainThread<WKWebView>(Rect{}, WKWebViewConfiguration());
+    view->setNavigationDelegate(delegate);
+    view->load({*URL::parse(server.address("/slow"))});
+    EXPECT_TRUE(platform->runUntil([&] { return delegate->events.size() == 3; }, 20));
+    view->evaluateJavaScript("for (;;);", [](const auto&) { FAIL() << "nobody waits for it"; });
+    return view;
+}
+
+TEST(PagePastThePlatformTest, ItsProcessEndsAndAnyThreadMayUseItLast) {
+    const auto earlier = webProcesses().size();
+    const auto useLast = [](std::shared_ptr<WKWebView> view) {
+        view->stopLoading();
+        view->configuration().userContentController->removeAllUserScripts();
+        EXPECT_EQ(view->url(), std::nullopt);
+        EXPECT_EQ(view.use_count(), 1);
+    };
+    for (const bool isOnOtherThread : {false, true}) {
+        auto view = viewPastThePlatform();
+        {
+            const auto next =
+                gtk::GtkPlatform::make({.applicationId = "zorvik-test", .keepsSparePage = false});
+            EXPECT_TRUE(pollUntil(*next, [&] { return webProcesses().size() <= earlier; }));
+        }
+        if (isOnOtherThread) {
+            std::thread(useLast, std::move(view)).join();
+        } else {
+            useLast(std::move(view));
+        }
+    }
 }
 
 }  // namespace
