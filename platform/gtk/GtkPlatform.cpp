@@ -28,12 +28,12 @@ bool canNameFolder(const std::string& name) {
 GtkWebEngineOptions engineOptions(const GtkPlatformOptions& options) {
     GtkWebEngineOptions engine;
     engine.keepsSparePage = options.keepsSparePage;
-    if (!options.ephemeralPages) {
-        const std::filesystem::path data = g_get_user_data_dir();
-        const std::filesystem::path cache = g_get_user_cache_dir();
-        engine.dataFolder = data / options.applicationId / "pages";
-        engine.cacheFolder = cache / options.applicationId / "pages";
-    }
+    engine.hungSeconds = options.hungPageSeconds;
+    engine.pageData = options.pageData;
+    const std::filesystem::path data = g_get_user_data_dir();
+    const std::filesystem::path cache = g_get_user_cache_dir();
+    engine.dataFolder = data / options.applicationId / "pages";
+    engine.cacheFolder = cache / options.applicationId / "pages";
     return engine;
 }
 
@@ -73,7 +73,7 @@ class Expiry {
 // In the order of their making; the scheduler goes last.
 struct GtkPlatform::Parts {
     explicit Parts(const GtkPlatformOptions& options)
-        : engine(engineOptions(options)),
+        : engine(scheduler, engineOptions(options)),
           application(scheduler),
           defaults(defaultsFile(options)),
           stage(scheduler, options.safeAreaInsets) {}

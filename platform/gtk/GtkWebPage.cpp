@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/gtk/GtkWebEngine.h"
 #include "platform/gtk/WebPageError.h"
 #include "platform/runtime/Environment.h"
 
@@ -12,19 +13,36 @@ namespace zorvik::platform::gtk {
 namespace {
 
 constexpr double defaultTimeout = 60;
+// How long a web process may owe an answer after a load that made no progress, and when a new load
+// is to start.
+constexpr double patienceAfterTimeout = 5;
+constexpr double patienceOfALoad = 1;
 
 Error errorFrom(const GError& error) {
     return {g_quark_to_string(error.domain), error.code, error.message};
 }
 
-void decideResponse(WebKitPolicyDecision* decision) {
-    // What the engine cannot show fails instead of becoming a download.
-    if (webkit_response_policy_decision_is_mime_type_supported(
-            WEBKIT_RESPONSE_POLICY_DECISION(decision))) {
-        webkit_policy_decision_use(decision);
-    } else {
-        webkit_policy_decision_ignore(decision);
+bool isAttachment(WebKitURIResponse* response) {
+    SoupMessageHeaders* headers = webkit_uri_response_get_http_headers(response);
+    char* disposition = nullptr;
+    if (headers == nullptr ||
+        !soup_message_headers_get_content_disposition(headers, &disposition, nullptr)) {
+        return false;
     }
+    const TextPointer owned(disposition);
+    return g_ascii_strcasecmp(disposition, "attachment") == 0;
+}
+
+// A page for the main frame, or anything the engine shows for a sub-frame. The rest is neither
+// shown nor saved. The engine's viewer of PDF documents has no way back to the page.
+bool canBeShown(WebKitResponsePolicyDecision* decision) {
+    WebKitURIResponse* response = webkit_response_policy_decision_get_response(decision);
+    const char* type = webkit_uri_response_get_mime_type(response);
+    const bool isDocument =
+        g_strcmp0(type, "application/pdf") == 0 || g_strcmp0(type, "text/pdf") == 0;
+    return webkit_response_policy_decision_is_mime_type_supported(decision) &&
+           !isAttachment(response) &&
+           !(isDocument && webkit_response_policy_decision_is_main_frame_main_resource(decision));
 }
 
 }  // namespace
@@ -57,37 +75,39 @@ class GtkWebPage::PolicyAnswer {
     const bool isRedirect_;
 };
 
-GtkWebPage::GtkWebPage(ObjectPointer<WebKitWebView> view, std::weak_ptr<WebPageDelegate> delegate,
-                       std::weak_ptr<const PageGoing> going)
-    : view_(std::move(view)),
+GtkWebPage::GtkWebPage(GtkWebEngine& engine, ObjectPointer<WebKitWebView> view,
+                       std::weak_ptr<WebPageDelegate> delegate, double hungSeconds)
+    : engine_(engine),
+      view_(std::move(view)),
       delegate_(std::move(delegate)),
-      going_(std::move(going)),
+      hungSeconds_(hungSeconds),
       self_(std::make_shared<GtkWebPage*>(this)),
       watch_([this] { timedOut(); }) {
     connectSignals();
 }
 
 GtkWebPage::~GtkWebPage() {
+    if (!view_) return;
+    const auto evaluations = std::exchange(evaluations_, {});
+    engine_.pageLeft(*this, giveUpView());
+    cancel(evaluations);
+}
+
+ObjectPointer<WebKitWebView> GtkWebPage::giveUpView() {
     *self_ = nullptr;
+    watch_.stop();
+    probe_.reset();
+    drop(std::exchange(evaluations_, {}));
     WebKitUserContentManager* manager = webkit_web_view_get_user_content_manager(view_.get());
     g_signal_handlers_disconnect_by_data(view_.get(), this);
+    gtk_widget_remove_controller(widget(), input_);
     while (!handlers_.empty())
         removeMessageHandler(handlers_.begin()->first);
     webkit_user_content_manager_remove_all_scripts(manager);
     webkit_web_view_stop_loading(view_.get());
-    if (const auto going = going_.lock()) (*going)(view_.get());
     GtkWidget* own = widget();
     if (gtk_widget_get_parent(own) != nullptr) gtk_widget_unparent(own);
-
-    // The view may be in the middle of a report, so its page is closed in a later turn. Left to
-    // its references, it would run on as long as somebody holds a question of it open.
-    std::shared_ptr<WebKitWebView> closing(view_.release(), [](WebKitWebView* leaving) {
-        g_object_run_dispose(G_OBJECT(leaving));
-        g_object_unref(leaving);
-    });
-    if (!Environment::isInstalled()) return;
-    Environment::scheduler().runOnMain([closing = std::move(closing)] {});
-    cancelEvaluations();
+    return std::move(view_);
 }
 
 GtkWidget* GtkWebPage::widget() const {
@@ -95,6 +115,12 @@ GtkWidget* GtkWebPage::widget() const {
 }
 
 void GtkWebPage::load(const URLRequest& request) {
+    if (!view_) return;
+    // A hung process would not load this either, and what it shows is to go anyway.
+    if (probe_ && probe_->seconds() >= patienceOfALoad && state_ == LoadState::none) {
+        isRequested_ = showsPage_ = false;
+        endProcess();
+    }
     isRequested_ = true;
     requestTimeout_ = request.timeoutInterval > 0 ? request.timeoutInterval : defaultTimeout;
     // The request's own time counts from its start: first a web process may have to come up.
@@ -103,6 +129,7 @@ void GtkWebPage::load(const URLRequest& request) {
 }
 
 void GtkWebPage::stopLoading() {
+    if (!view_) return;
     isRequested_ = false;
     if (state_ == LoadState::none) watch_.stop();
     // The engine itself would keep the address of a load that was never allowed.
@@ -111,14 +138,19 @@ void GtkWebPage::stopLoading() {
 }
 
 std::optional<URL> GtkWebPage::currentUrl() const {
-    const char* uri = webkit_web_view_get_uri(view_.get());
+    const char* uri = view_ ? webkit_web_view_get_uri(view_.get()) : nullptr;
     return uri != nullptr ? URL::fromEngine(uri) : std::nullopt;
 }
 
 void GtkWebPage::policyAsked(WebKitPolicyDecision* decision, int type) {
     watch_.progressSeen();
     if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
-        decideResponse(decision);
+        // Ignored, a load of the main frame fails.
+        if (canBeShown(WEBKIT_RESPONSE_POLICY_DECISION(decision))) {
+            webkit_policy_decision_use(decision);
+        } else {
+            webkit_policy_decision_ignore(decision);
+        }
         return;
     }
     WebKitNavigationAction* action = webkit_navigation_policy_decision_get_navigation_action(
@@ -174,13 +206,15 @@ void GtkWebPage::loadChanged(int event) {
     const auto delegate = delegate_.lock();
     switch (event) {
         case WEBKIT_LOAD_STARTED:
-            watch_.start(std::exchange(isRequested_, false) ? requestTimeout_ : defaultTimeout);
+            isOwnLoad_ = std::exchange(isRequested_, false);
+            watch_.start(isOwnLoad_ ? requestTimeout_ : defaultTimeout);
             state_ = LoadState::provisional;
             refusedRedirect_.reset();
             if (delegate) delegate->pageStarted();
             break;
         case WEBKIT_LOAD_COMMITTED:
             state_ = LoadState::committed;
+            showsPage_ = true;
             if (delegate) delegate->pageCommitted();
             break;
         case WEBKIT_LOAD_FINISHED:
@@ -214,6 +248,10 @@ void GtkWebPage::loadFailed(bool isCommitted, const char* failingUri, const GErr
     loadEnded();
     const auto refused = std::exchange(refusedRedirect_, std::nullopt);
     if (refused && failingUri != nullptr && *refused == failingUri) return;
+    // The engine found nothing to show, and what the page started leaves the page as it is.
+    const bool hasNothingToShow = g_error_matches(
+        &error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE);
+    if (hasNothingToShow && !isOwnLoad_ && showsPage_) return;
     report(isCommitted, errorFrom(error));
 }
 
@@ -225,16 +263,37 @@ void GtkWebPage::timedOut() {
     isRequested_ = false;
     if (!isLoading) return;
     stopLoading();
+    askProcess(patienceAfterTimeout);
     report(isCommitted, webPageError(WebPageErrorCode::timedOut, "The request timed out."));
 }
 
+void GtkWebPage::customerActed() {
+    if (showsPage_) askProcess(hungSeconds_);
+}
+
+void GtkWebPage::askProcess(double patience) {
+    if (probe_) return;
+    probe_ = std::make_unique<ProcessProbe>(
+        Environment::scheduler(), view_.get(), patience, [this](ProcessProbe::Answer answer) {
+            probe_.reset();
+            // A script waits for the answer to its panel as long as it takes.
+            if (answer == ProcessProbe::Answer::silent && openPanel_.expired()) endProcess();
+        });
+}
+
+void GtkWebPage::endProcess() {
+    webkit_web_view_terminate_web_process(view_.get());
+}
+
 void GtkWebPage::webProcessEnded() {
-    const bool isCommitted = state_ == LoadState::committed;
-    const bool isLoading = state_ != LoadState::none || isRequested_;
+    probe_.reset();
+    const bool wasInUse = showsPage_ || state_ != LoadState::none || isRequested_;
+    showsPage_ = false;
     isRequested_ = false;
     loadEnded();
-    if (!isLoading) return;
-    report(isCommitted,
+    if (!wasInUse) return;
+    // Nothing is left of a page that was committed: whoever shows it has to begin anew.
+    report(false,
            webPageError(WebPageErrorCode::webProcessEnded, "The web process ended unexpectedly."));
 }
 

@@ -9,9 +9,11 @@
 
 #include "platform/gtk/LoadWatch.h"
 #include "platform/gtk/ObjectPointer.h"
+#include "platform/gtk/ProcessProbe.h"
 #include "platform/services/WebEngine.h"
 
 typedef struct _GAsyncResult GAsyncResult;
+typedef struct _GtkEventController GtkEventController;
 typedef struct _GtkWidget GtkWidget;
 typedef struct _JSCValue JSCValue;
 typedef struct _WebKitNavigationAction WebKitNavigationAction;
@@ -21,19 +23,23 @@ typedef struct _WebKitWebView WebKitWebView;
 
 namespace zorvik::platform::gtk {
 
-// Called with the view of a page that goes, while the view can still be used.
-using PageGoing = std::function<void(WebKitWebView* view)>;
+class GtkWebEngine;
 
-// A WebKitGTK view as a page. Owned by the toolkit's web view; main thread only.
+// A WebKitGTK view as a page. Owned by the toolkit's web view; main thread only. Once the engine
+// has ended, the page does and knows nothing any more, and any thread may destroy it.
 class GtkWebPage : public WebPage {
   public:
-    // `going` is called at the end when it still exists; it belongs to the engine.
-    GtkWebPage(ObjectPointer<WebKitWebView> view, std::weak_ptr<WebPageDelegate> delegate,
-               std::weak_ptr<const PageGoing> going);
+    // Hands its view back to the engine at its end. What leaves the customer's input unanswered for
+    // `hungSeconds` ends as a dead web process does.
+    GtkWebPage(GtkWebEngine& engine, ObjectPointer<WebKitWebView> view,
+               std::weak_ptr<WebPageDelegate> delegate, double hungSeconds);
     ~GtkWebPage() override;
 
     // For the stage to place. Leaves its parent when the page goes.
     GtkWidget* widget() const;
+    // Takes the view, and with it all the page had to do with the engine, for the engine's end.
+    // Nothing is reported, and no evaluation completes.
+    ObjectPointer<WebKitWebView> giveUpView();
 
     void load(const URLRequest& request) override;
     void stopLoading() override;
@@ -52,6 +58,7 @@ class GtkWebPage : public WebPage {
     using Self = std::shared_ptr<GtkWebPage*>;
     class PolicyAnswer;
     struct Evaluation;
+    using Evaluations = std::set<std::shared_ptr<Evaluation>>;
     struct Handler {
         GtkWebPage* page;
         std::string name;
@@ -63,10 +70,14 @@ class GtkWebPage : public WebPage {
     void newWindowAsked(WebKitNavigationAction* action);
     void loadChanged(int event);
     void loadFailed(bool isCommitted, const char* failingUri, const GError& error);
+    void customerActed();
+    void askProcess(double patience);
+    void endProcess();
     void webProcessEnded();
     void panelAsked(WebKitScriptDialog* dialog);
     void evaluated(const std::shared_ptr<Evaluation>& evaluation, GAsyncResult* result);
-    void cancelEvaluations();
+    static void cancel(const Evaluations& evaluations);
+    static void drop(const Evaluations& evaluations);
     void messagePosted(const std::string& name, JSCValue* body);
 
     bool isOwnRequest(const std::string& uri) const;
@@ -76,20 +87,27 @@ class GtkWebPage : public WebPage {
 
     void timedOut();
 
-    ObjectPointer<WebKitWebView> view_;
+    GtkWebEngine& engine_;
+    ObjectPointer<WebKitWebView> view_;  // none once it was given up
     std::weak_ptr<WebPageDelegate> delegate_;
-    std::weak_ptr<const PageGoing> going_;
+    const double hungSeconds_;
+    GtkEventController* input_ = nullptr;  // the view's
     Self self_;
 
     LoadState state_ = LoadState::none;
     bool isRequested_ = false;  // load() was called and its start is still to come
+    bool isOwnLoad_ = false;    // the load that was started last was asked for by load()
     double requestTimeout_ = 0;
     std::weak_ptr<PolicyAnswer> requestAnswer_;  // the open question about it
     std::optional<std::string> refusedRedirect_;
 
-    LoadWatch watch_;
+    bool showsPage_ = false;  // one was committed, and its web process lives
 
-    std::set<std::shared_ptr<Evaluation>> evaluations_;
+    LoadWatch watch_;
+    std::unique_ptr<ProcessProbe> probe_;
+    std::weak_ptr<void> openPanel_;
+
+    Evaluations evaluations_;
     std::map<std::string, std::unique_ptr<Handler>> handlers_;
 };
 

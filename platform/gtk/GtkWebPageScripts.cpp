@@ -54,6 +54,7 @@ std::string textOrEmpty(const char* text) {
 }  // namespace
 
 void GtkWebPage::evaluate(const std::string& script, Completion completion) {
+    if (!view_) return;
     if (!completion) completion = [](const Result<ScriptValue>&) {};
     // The engine would quietly evaluate nothing.
     if (!isValidUtf8(script)) {
@@ -93,15 +94,23 @@ void GtkWebPage::evaluated(const std::shared_ptr<Evaluation>& evaluation, GAsync
     }
 }
 
-void GtkWebPage::cancelEvaluations() {
-    for (const auto& evaluation : std::exchange(evaluations_, {})) {
+void GtkWebPage::cancel(const Evaluations& evaluations) {
+    if (!Environment::isInstalled()) return;
+    for (const auto& evaluation : evaluations) {
         Environment::scheduler().runOnMain([completion = std::move(evaluation->completion)] {
             completion(webPageError(WebPageErrorCode::pageGone, "The page was destroyed."));
         });
     }
 }
 
+void GtkWebPage::drop(const Evaluations& evaluations) {
+    // The engine holds on to them until it answers, perhaps under another port.
+    for (const auto& evaluation : evaluations)
+        evaluation->completion = nullptr;
+}
+
 void GtkWebPage::addMessageHandler(const std::string& name) {
+    if (!view_) return;
     WebKitUserContentManager* manager = webkit_web_view_get_user_content_manager(view_.get());
     if (handlers_.contains(name)) return;
     auto handler = std::make_unique<Handler>(Handler{this, name});
@@ -134,11 +143,13 @@ void GtkWebPage::removeMessageHandler(const std::string& name) {
 }
 
 void GtkWebPage::removeAllUserScripts() {
+    if (!view_) return;
     webkit_user_content_manager_remove_all_scripts(
         webkit_web_view_get_user_content_manager(view_.get()));
 }
 
 void GtkWebPage::removeAllContentRules() {
+    if (!view_) return;
     webkit_user_content_manager_remove_all_filters(
         webkit_web_view_get_user_content_manager(view_.get()));
 }
@@ -159,6 +170,7 @@ void GtkWebPage::panelAsked(WebKitScriptDialog* dialog) {
         return;
     }
     const auto answer = std::make_shared<PanelAnswer>(dialog);
+    openPanel_ = answer;
     const auto delegate = delegate_.lock();
     if (!delegate) return;
     ScriptPanel panel;

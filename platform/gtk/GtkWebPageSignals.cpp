@@ -5,8 +5,70 @@
 // How the page hears of its view, and what it refuses the page's script on its own.
 namespace zorvik::platform::gtk {
 
+namespace {
+
+struct FreeList {
+    void operator()(GList* list) const { g_list_free(list); }
+};
+using GListPointer = std::unique_ptr<GList, FreeList>;
+
+bool isTouchOfTheCustomer(GdkEvent* event) {
+    switch (gdk_event_get_event_type(event)) {
+        case GDK_BUTTON_PRESS:
+        case GDK_KEY_PRESS:
+        case GDK_TOUCH_BEGIN:
+        case GDK_SCROLL:
+            return true;
+        default:
+            return false;
+    }
+}
+
+// False when none is left that could be chosen. The others lead away from the page.
+bool keepEditingItems(WebKitContextMenu* menu) {
+    bool hasUse = false;
+    const GListPointer items(g_list_copy(webkit_context_menu_get_items(menu)));
+    for (const GList* entry = items.get(); entry != nullptr; entry = entry->next) {
+        auto* item = WEBKIT_CONTEXT_MENU_ITEM(entry->data);
+        switch (webkit_context_menu_item_get_stock_action(item)) {
+            case WEBKIT_CONTEXT_MENU_ACTION_CUT:
+            case WEBKIT_CONTEXT_MENU_ACTION_COPY:
+            case WEBKIT_CONTEXT_MENU_ACTION_PASTE:
+            case WEBKIT_CONTEXT_MENU_ACTION_SELECT_ALL:
+                hasUse = hasUse || g_action_get_enabled(webkit_context_menu_item_get_gaction(item));
+                break;
+            default:
+                webkit_context_menu_remove(menu, item);
+        }
+    }
+    return hasUse;
+}
+
+// What is dropped on a page would be loaded in its place.
+void refuseDrops(GtkWidget* view) {
+    const ObjectPointer<GListModel> controllers(gtk_widget_observe_controllers(view));
+    for (guint index = g_list_model_get_n_items(controllers.get()); index-- > 0;) {
+        const ObjectPointer<GtkEventController> controller(
+            GTK_EVENT_CONTROLLER(g_list_model_get_item(controllers.get(), index)));
+        if (GTK_IS_DROP_TARGET_ASYNC(controller.get()))
+            gtk_widget_remove_controller(view, controller.get());
+    }
+}
+
+}  // namespace
+
 void GtkWebPage::connectSignals() {
     WebKitWebView* view = view_.get();
+    input_ = gtk_event_controller_legacy_new();
+    gtk_event_controller_set_propagation_phase(input_, GTK_PHASE_CAPTURE);
+    gtk_widget_add_controller(widget(), input_);
+    g_signal_connect(
+        input_, "event",
+        G_CALLBACK(+[](GtkEventControllerLegacy*, GdkEvent* event, gpointer page) -> gboolean {
+            if (isTouchOfTheCustomer(event)) static_cast<GtkWebPage*>(page)->customerActed();
+            return FALSE;
+        }),
+        this);
     g_signal_connect(view, "decide-policy",
                      G_CALLBACK(+[](WebKitWebView*, WebKitPolicyDecision* decision,
                                     WebKitPolicyDecisionType type, gpointer page) -> gboolean {
@@ -87,9 +149,10 @@ void GtkWebPage::connectSignals() {
     g_signal_connect(view, "print", refuse, this);
     g_signal_connect(view, "show-notification", refuse, this);
     g_signal_connect(view, "context-menu",
-                     G_CALLBACK(+[](WebKitWebView*, WebKitContextMenu*, WebKitHitTestResult*,
-                                    gpointer) -> gboolean { return TRUE; }),
+                     G_CALLBACK(+[](WebKitWebView*, WebKitContextMenu* menu, WebKitHitTestResult*,
+                                    gpointer) -> gboolean { return !keepEditingItems(menu); }),
                      this);
+    refuseDrops(GTK_WIDGET(view));
 }
 
 }  // namespace zorvik::platform::gtk

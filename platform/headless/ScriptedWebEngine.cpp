@@ -201,6 +201,8 @@ void ScriptedPage::proceed() {
         inTurn(whileLoading(&ScriptedPage::askForRedirect));
     } else if (script.ending == ScriptedLoad::Ending::failBeforeCommit) {
         fail(load_, script.error);
+    } else if (script.ending == ScriptedLoad::Ending::nothingToShow) {
+        inTurn(whileLoading(&ScriptedPage::endWithNothing));
     } else if (script.ending != ScriptedLoad::Ending::hang) {
         inTurn(whileLoading(&ScriptedPage::commit));
     }
@@ -218,6 +220,11 @@ void ScriptedPage::askForRedirect() {
         [load = load_](ScriptedPage& page) {
             if (page.load_ == load) page.takeLoad();
         });
+}
+
+void ScriptedPage::endWithNothing() {
+    const auto load = takeLoad();
+    if (load->isByHost || !committedUrl_) reportFailure(*load, load->script.error);
 }
 
 void ScriptedPage::commit() {
@@ -284,13 +291,16 @@ void ScriptedPage::cancelLoad() {
 
 void ScriptedPage::killWebProcess() {
     ++processGeneration_;
+    const bool wasInUse = isLoading() || committedUrl_;
     committedUrl_.reset();
-    const auto asked = std::exchange(asked_, nullptr);
-    const auto started = takeLoad();
-    const auto load = started ? started : asked;
-    if (!load) return;
-    inTurn([load](ScriptedPage& page) {
-        page.reportFailure(*load, makeError(processEnded, "The web process ended unexpectedly."));
+    asked_.reset();
+    takeLoad();
+    if (!wasInUse) return;
+    inTurn([](ScriptedPage& page) {
+        page.report([](WebPageDelegate& delegate) {
+            delegate.pageFailedBeforeCommit(
+                makeError(processEnded, "The web process ended unexpectedly."));
+        });
     });
 }
 

@@ -23,6 +23,7 @@ struct ScriptedLoad {
         finish,
         failBeforeCommit,
         failAfterCommit,
+        nothingToShow,    // as a document to save: fails, or leaves the page that started it alone
         hang,             // nothing more until stopped, superseded or timed out
         hangAfterCommit,  // commits and then nothing more
     };
@@ -89,8 +90,8 @@ class ZORVIK_API ScriptedPage : public WebPage {
     bool post(const std::string& name, const ScriptValue& body);
     // The page shows a panel; the answer goes to `answered` in the turn that gave it.
     void showPanel(const ScriptPanel& panel, std::function<void(ScriptPanelAnswer)> answered = {});
-    // The web process dies: evaluations under way fail, so does a load, the address is gone. A
-    // later load works.
+    // The web process dies: evaluations under way fail, the address is gone, and what was loading
+    // or shown fails as before a commit. A later load works.
     void killWebProcess();
 
     // What was asked of the page so far.
@@ -123,6 +124,7 @@ class ZORVIK_API ScriptedPage : public WebPage {
     void start(const std::shared_ptr<Load>& load);
     void proceed();
     void askForRedirect();
+    void endWithNothing();
     void commit();
     void fail(const std::shared_ptr<Load>& load, const Error& error);
     void reportFailure(const Load& load, const Error& error) const;

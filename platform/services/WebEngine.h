@@ -43,8 +43,12 @@ struct ScriptPanelAnswer {
 //
 // Every navigation (page-started ones, redirects, sub-frames) is asked for first. One that is
 // cancelled reports nothing more. A main-frame load reports started, then committed and finished,
-// or exactly one failure: before its commit or after it. Nothing is reported after the page's
-// destruction.
+// or exactly one failure: before its commit or after it. A web process that dies, or no longer
+// answers and is ended, is one failure before a commit, whatever it was doing, an idle page too:
+// nothing is left of what was committed. No load follows by itself. What a page that is shown
+// starts, and what turns out to be no page (a document to save, an empty answer), is cancelled
+// like that by the engine; asked for by load(), it fails. Nothing is reported after the
+// page's destruction.
 class ZORVIK_API WebPageDelegate {
   public:
     virtual ~WebPageDelegate() = default;

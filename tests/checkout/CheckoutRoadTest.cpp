@@ -26,7 +26,7 @@ struct Host : ZorvikCheckoutSDKDelegate {
 // The real engine, the development core and a server of checkout pages.
 class CheckoutRoad : public GtkPortTest {
   protected:
-    CheckoutRoad() : GtkPortTest(true) {
+    CheckoutRoad() : GtkPortTest({.applicationId = "zorvik-test"}) {
         setConsoleSink([this](std::string_view line) { console.emplace_back(line); });
         server.replyPage("/checkout",
                          "<script>window.received = []; window.zorvik_web = { UPIIntentAvailable: "
@@ -241,18 +241,24 @@ TEST_F(CheckoutRoad, AConnectionThatEndsHalfWayIsLoggedAndThePageStays) {
     EXPECT_TRUE(host->results.empty());
 }
 
-TEST_F(CheckoutRoad, AKilledWebProcessLeavesTheScreenAndTheHostMayGoBack) {
+TEST_F(CheckoutRoad, AKilledWebProcessShowsThePanelAndRetryLoadsThePage) {
     checkout();
+    EXPECT_TRUE(isPanelHidden());
     for (const pid_t process : webProcesses())
         kill(process, SIGKILL);
-    ASSERT_TRUE(waitUntil([&] { return !find<WKWebView>()->url(); }));
-    EXPECT_TRUE(isScreenOpen());
-    // A device back is answered; then the same view loads again.
+    ASSERT_TRUE(waitForEvent(EventConstants::WEBVIEW_FAILED));
+    EXPECT_FALSE(isPanelHidden());
+    // A host's device back finds no page, and no harm is done.
     ZorvikCheckoutSDK::shared().handleDeviceBackButtonPress();
     ASSERT_TRUE(waitForEvent(EventConstants::BACK_BUTTON_PRESSED, 2));
+    EXPECT_FALSE(isPanelHidden());
+    const auto loads = server.requests().size();
     find<UIButton>()->sendTouchUpInside();
     ASSERT_TRUE(waitForEvent(EventConstants::WEBVIEW_LOADED, 2));
+    EXPECT_TRUE(isPanelHidden());
     EXPECT_EQ(evaluated("typeof zorvik_web"), "object");
+    EXPECT_EQ(server.requests().size(), loads + 1) << "nothing was loaded by itself";
+    EXPECT_EQ(countOf(EventConstants::WEBVIEW_FAILED), 1);
 }
 
 TEST_F(CheckoutRoad, AnOpenIdleScreenCausesNoWakeUp) {

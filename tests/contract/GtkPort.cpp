@@ -22,6 +22,8 @@ void addPages(RawServer& server) {
         server.reply(path, RawServer::response("302 Found", "", location));
     }
     server.reply("/closes-before-headers", "");
+    server.reply("/attachment",
+                 RawServer::response("200 OK", "<p>saved", "Content-Disposition: attachment\r\n"));
     server.reply("/no-content", "HTTP/1.1 204 No Content\r\nConnection: close\r\n\r\n");
     const std::string half =
         "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 100000\r\n\r\n"

@@ -19,6 +19,7 @@ TEST_F(NavigationContract, EveryLoadReportsItsStepsInOrderAndEndsOnce) {
         {"/refused", "ask /refused, start, fail early", "none"},
         {"/closes-before-headers", "ask /closes-before-headers, start, fail early", "none"},
         {"/no-content", "ask /no-content, start, fail early", "none"},
+        {"/attachment", "ask /attachment, start, fail early", "none"},
         {"/slow-forever", "ask /slow-forever, start, fail early", "none", 0.3},
         {"/plain", "ask /plain, start, commit /plain, finish /plain", "/plain", 0.3},
         {"/error-500", "ask /error-500, start, commit /error-500, finish /error-500", "/error-500"},
@@ -64,6 +65,13 @@ TEST_F(NavigationContract, ACancelledNavigationReportsNothingMoreAndThePageLives
          [&] { load("/redirect-upi"); }},
         {"upi://pay?am=1", "ask upi://pay?am=1",
          [&] { port->pageNavigates(*view, "upi://pay?am=1"); }},
+        // Refused by the engine: there is nothing to show.
+        {"", "ask /attachment, start",
+         [&] { port->pageNavigates(*view, port->url("/attachment").absoluteString()); }},
+        {"", "ask /no-content, start",
+         [&] { port->pageNavigates(*view, port->url("/no-content").absoluteString()); }},
+        {"", "ask data:text/html,other, start",
+         [&] { port->pageNavigates(*view, "data:text/html,other"); }},
     };
     for (const auto& row : cases) {
         recorder->events.clear();
@@ -160,31 +168,31 @@ TEST_F(NavigationContract, AnUnfinishedPageLoadsOnUntilTheNextNavigationIsAllowe
     expectEvents("ask /second, fail late, start, commit /second, finish /second");
 }
 
-TEST_F(NavigationContract, StoppingOrADeadWebProcessFailsALoadOnceByThePhaseItIsIn) {
-    const std::function<void()> waysToEnd[] = {
-        [&] { view->stopLoading(); },
-        [&] { port->killWebProcess(*view); },
+TEST_F(NavigationContract, StoppingFailsALoadByItsPhaseAndADeadWebProcessBeforeACommit) {
+    const std::function<void()> stop = [&] { view->stopLoading(); };
+    const std::function<void()> kill = [&] { port->killWebProcess(*view); };
+    const struct {
+        std::string path;
+        std::string endedAt;
+        const std::function<void()>& end;
+        std::string failure;
+    } cases[] = {
+        {"/slow-forever", "start", stop, "fail early"},
+        {"/slow-body", "commit /slow-body", stop, "fail late"},
+        {"/slow-forever", "start", kill, "fail early"},
+        {"/slow-body", "commit /slow-body", kill, "fail early"},
+        {"/plain", "finish /plain", kill, "fail early"},
     };
-    for (const auto& end : waysToEnd) {
-        for (const auto& [path, stoppedAt, failure] :
-             {std::tuple<std::string, std::string, std::string>{"/slow-forever", "start", "early"},
-              {"/slow-body", "commit /slow-body", "late"}}) {
-            loadPlainPage();
-            load(path);
-            ASSERT_TRUE(waitFor(stoppedAt));
-            const std::string before = joined(recorder->events);
-            end();
-            EXPECT_EQ(joined(recorder->events), before) << "nothing is reported inside the call";
-            expectEvents(before + ", fail " + failure);
-        }
+    for (const auto& row : cases) {
+        loadPlainPage();
+        load(row.path);
+        ASSERT_TRUE(waitFor(row.endedAt));
+        const std::string before = joined(recorder->events);
+        row.end();
+        EXPECT_EQ(joined(recorder->events), before) << "nothing is reported inside the call";
+        expectEvents(before + ", " + row.failure);
     }
-}
-
-TEST_F(NavigationContract, ADeadWebProcessOfALoadedPageIsSilentAndALaterLoadWorks) {
-    loadPlainPage();
-    port->killWebProcess(*view);
-    ASSERT_TRUE(waitUntil([&] { return !view->url(); }));
-    expectEvents("");
+    EXPECT_EQ(view->url(), std::nullopt);
     loadPlainPage();
     post("again");
     EXPECT_TRUE(waitFor("message string again"));

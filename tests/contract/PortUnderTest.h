@@ -22,6 +22,7 @@
 //   /refused                     nobody listens at this address
 //   /closes-before-headers       the connection closes before the status line
 //   /no-content                  status 204
+//   /attachment                  an HTML document sent to be saved
 //   /closes-half-way             status 200 and the start of a body, then the connection closes
 //   /slow-forever                the connection is accepted and nothing is ever sent
 //   /slow-body                   headers and the start of a body at once, then nothing, ever

@@ -37,6 +37,16 @@ inline std::vector<pid_t> webProcesses(pid_t ancestor = getpid()) {
     return found;
 }
 
+// Waits for what no turn of the main loop tells, such as another process's end.
+inline bool pollUntil(gtk::GtkPlatform& platform, const std::function<bool()>& condition,
+                      double seconds = 5) {
+    for (double waited = 0; !condition(); waited += 0.05) {
+        if (waited > seconds) return false;
+        platform.runUntil([] { return false; }, 0.05);
+    }
+    return true;
+}
+
 using Pixel = std::array<int, 3>;  // red, green and blue from 0 to 255
 
 // A PNG file as pixels, to ask what is where on the screen; empty when there is no such file.
@@ -65,9 +75,9 @@ class Picture {
 // The desktop port with one window on an X server of the test's own.
 class GtkPortTest : public testing::Test {
   protected:
-    explicit GtkPortTest(bool keepsSparePage = false)
-        : platform(gtk::GtkPlatform::make(
-              {.applicationId = "zorvik-test", .keepsSparePage = keepsSparePage})) {
+    explicit GtkPortTest(const gtk::GtkPlatformOptions& options = {.applicationId = "zorvik-test",
+                                                                   .keepsSparePage = false})
+        : platform(gtk::GtkPlatform::make(options)) {
         screen->setModalPresentationStyle(UIModalPresentationStyle::fullScreen);
     }
 

@@ -1,5 +1,7 @@
 #include <signal.h>
 
+#include <thread>
+
 #include "platform/webkit/WKWebView.h"
 #include "tests/contract/ContractTest.h"
 #include "tests/platform/gtk/GtkPortTest.h"
@@ -12,7 +14,10 @@ using testing::ElementsAre;
 
 class WebPageTest : public GtkPortTest {
   protected:
-    explicit WebPageTest(bool keepsSparePage = false) : GtkPortTest(keepsSparePage) {
+    explicit WebPageTest(const gtk::GtkPlatformOptions& options = {.applicationId = "zorvik-test",
+                                                                   .keepsSparePage = false,
+                                                                   .hungPageSeconds = 2})
+        : GtkPortTest(options) {
         server.replyPage("/page", "<a id=a target=_blank href=/link>link</a>");
     }
 
@@ -33,14 +38,15 @@ class WebPageTest : public GtkPortTest {
     std::string load(const std::string& address) {
         delegate->events.clear();
         page->load({*URL::parse(address)});
-        EXPECT_TRUE(waitUntil([&] {
+        waitUntil([&] {
             return !delegate->events.empty() && (delegate->events.back().starts_with("finish ") ||
                                                  delegate->events.back() == "fail early");
-        })) << address;
+        });
         settle(0.2);
-        return delegate->events.back();
+        return delegate->events.empty() ? "nothing" : delegate->events.back();
     }
 
+    const std::string pdf = "HTTP/1.1 200 OK\r\nContent-Type: application/pdf\r\n\r\n%PDF-1.4\n";
     RawServer server;
     const std::shared_ptr<contract::Recorder> delegate = std::make_shared<contract::Recorder>();
     std::shared_ptr<WKWebView> page;
@@ -65,6 +71,7 @@ TEST_F(WebPageTest, WhatAServerMaySendInsteadOfAPageEndsClearly) {
     server.reply("/protected", RawServer::response("401 Unauthorized", "<p>Who?",
                                                    "WWW-Authenticate: Basic realm=x\r\n"));
     server.reply("/garbage", "this is no HTTP\r\n\r\n");
+    server.reply("/document", pdf);
     showPage();
     const struct {
         const char* name;
@@ -73,6 +80,7 @@ TEST_F(WebPageTest, WhatAServerMaySendInsteadOfAPageEndsClearly) {
     } cases[] = {
         {"a question for a password", server.address("/protected"), "finish /protected"},
         {"no HTTP", server.address("/garbage"), "fail early"},
+        {"a PDF document", server.address("/document"), "fail early"},
         {"no TLS", "https" + server.address("/secret").substr(4), "fail early"},
     };
     for (const auto& row : cases) {
@@ -80,16 +88,86 @@ TEST_F(WebPageTest, WhatAServerMaySendInsteadOfAPageEndsClearly) {
     }
 }
 
-TEST_F(WebPageTest, CookiesAreSharedAmongPagesAndEndWithThePlatform) {
-    server.reply("/set", RawServer::response("200 OK", "", "Set-Cookie: a=1; Max-Age=999\r\n"));
+TEST_F(WebPageTest, WhatCannotBeShownAndWhatIsDroppedLeaveThePageAlone) {
+    server.reply("/document", pdf);
     showPage();
-    load(server.address("/set"));
-    leavePage();
-    showPage();
+    const auto source =
+        makeOnMainThread<WKWebView>(Rect{0, 400, 400, 300}, WKWebViewConfiguration());
+    screen->view()->addSubview(source);
+    server.replyPage("/source", "<a href=/dropped style='font-size:90px'>drag</a>");
+    source->load({*URL::parse(server.address("/source"))});
     load(server.address("/page"));
-    EXPECT_THAT(server.requests().back(), testing::HasSubstr("Cookie: a=1"));
-    EXPECT_FALSE(
-        std::filesystem::exists(std::string(std::getenv("XDG_DATA_HOME")) + "/zorvik-test"));
+    for (const std::string script :
+         {"location.href = '/document'",
+          "location.href = URL.createObjectURL(new Blob(['x'], {type: 'application/zip'}))"}) {
+        delegate->events.clear();
+        page->evaluateJavaScript("setTimeout(() => { " + script + " }, 0);0", {});
+        ASSERT_TRUE(waitUntil([&] { return delegate->events.size() >= 2; })) << script;
+        settle();
+        EXPECT_THAT(delegate->events, ElementsAre(testing::StartsWith("ask "), "start")) << script;
+    }
+    delegate->events.clear();
+    for (const char* step :
+         {"mousemove 100 460", "mousedown 1", "mousemove 110 440", "mousemove 120 400",
+          "mousemove 130 200", "mousemove 131 190", "mousemove 132 180", "mouseup 1"}) {
+        xdotool(step);
+    }
+    EXPECT_THAT(delegate->events, ElementsAre());
+    EXPECT_EQ(page->url()->absoluteString(), server.address("/page"));
+}
+
+TEST_F(WebPageTest, TheMenuHasTheEditingItemsAlone) {
+    server.replyPage("/form",
+                     R"(<style>* { font-size: 40px }</style><input id=card value=4111><p>text
+        <script>window.keys = ''; onkeydown = event => { keys += event.key; }</script>)");
+    showPage();
+    load(server.address("/form"));
+    const auto value = [&](const std::string& script) {
+        std::optional<std::string> text;
+        page->evaluateJavaScript(script, [&](const auto& result) { text = result.value().text; });
+        waitUntil([&] { return text.has_value(); });
+        return *text;
+    };
+    xdotool("mousemove 50 40 sleep 0.1 click --repeat 2 1 sleep 0.1 click 3");
+    xdotool("mousemove_relative 40 25 sleep 0.1 click 1");
+    EXPECT_EQ(value("card.value"), "") << "cut";
+    xdotool("mousemove 50 40 sleep 0.1 click 3");
+    xdotool("mousemove_relative 40 85 sleep 0.1 click 1");
+    EXPECT_EQ(value("card.value"), "4111") << "pasted";
+    // Over plain text there is no menu to take the keys.
+    value("keys = ''");
+    xdotool("mousemove 50 140 sleep 0.1 click 3 sleep 0.3 key x");
+    EXPECT_EQ(value("keys"), "x");
+}
+
+TEST_F(WebPageTest, AProcessThatDoesNotAnswerEndsAndTheSamePageLoadsAgain) {
+    const std::string hangs = "<script>setTimeout(() => { for (;;); }, 300)</script>";
+    server.replyPage("/hangs", hangs);
+    server.replyPage("/hangs-loading", hangs + "<img src=/slow>");
+    server.reply("/slow", "", true);
+    showPage();
+    const struct {
+        std::string path;
+        double timeout;
+        std::size_t eventsBefore;
+        std::string expected;
+    } cases[] = {
+        {"/hangs-loading", 0.6, 3,
+         "ask /hangs-loading, start, commit /hangs-loading, fail late, fail early"},
+        {"/hangs", 60, 4, "ask /hangs, start, commit /hangs, finish /hangs, fail early"},
+    };
+    for (const auto& row : cases) {
+        delegate->events.clear();
+        URLRequest request{*URL::parse(server.address(row.path))};
+        request.timeoutInterval = row.timeout;
+        page->load(request);
+        ASSERT_TRUE(waitUntil([&] { return delegate->events.size() == row.eventsBefore; }));
+        settle(0.4);
+        if (row.timeout == 60) click(100, 100);  // no load is under way to notice it
+        waitUntil([&] { return contract::joined(delegate->events) == row.expected; });
+        EXPECT_EQ(contract::joined(delegate->events), row.expected);
+        EXPECT_EQ(load(server.address("/page")), "finish /page");
+    }
 }
 
 class SparePageTest : public WebPageTest {
@@ -107,13 +185,13 @@ class SparePageTest : public WebPageTest {
 
   private:
     explicit SparePageTest(std::vector<pid_t> earlier)
-        : WebPageTest(true), earlier_(std::move(earlier)) {}
+        : WebPageTest({.applicationId = "zorvik-test"}), earlier_(std::move(earlier)) {}
 
     const std::vector<pid_t> earlier_;
 };
 
 TEST_F(SparePageTest, EachPageTakesTheProcessThatIsThereAndAKilledOneIsReplaced) {
-    ASSERT_TRUE(waitUntil([&] { return processes().size() == 1; }));
+    ASSERT_TRUE(pollUntil(*platform, [&] { return processes().size() == 1; }));
     settle();
     const pid_t ahead = processes().at(0);
     for (int round = 0; round < 4; ++round) {
@@ -127,6 +205,125 @@ TEST_F(SparePageTest, EachPageTakesTheProcessThatIsThereAndAKilledOneIsReplaced)
         }
         leavePage();
         settle();
+    }
+}
+
+TEST_F(SparePageTest, AHungPageEndsWithItsProcessAndNeverHoldsUpTheNext) {
+    const struct {
+        const char* name;
+        std::string script;
+        double pause;  // until the next page is opened
+    } cases[] = {
+        {"after its load", "setTimeout(() => fetch('/hung').then(() => { for (;;); }), 0)", 0},
+        {"in its load",
+         "const r = new XMLHttpRequest(); r.open('GET', '/hung', false); r.send(); for (;;);", 0},
+        {"as it goes", "onpagehide = () => { for (;;); }; fetch('/hung')", 0.3},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.name);
+        ASSERT_TRUE(pollUntil(*platform, [&] { return processes().size() == 1; }));
+        const pid_t hung = processes().at(0);
+        server.replyPage("/hangs", "<script>" + row.script + "</script>");
+        const auto before = server.requests().size();
+        showPage();
+        page->load({*URL::parse(server.address("/hangs"))});
+        ASSERT_TRUE(waitUntil([&] { return server.requests().size() == before + 2; }));
+        settle(0.1);
+        leavePage();
+        settle(row.pause);
+        showPage();
+        EXPECT_EQ(load(server.address("/page")), "finish /page");
+        EXPECT_TRUE(
+            pollUntil(*platform, [&] { return std::ranges::count(processes(), hung) == 0; }));
+        leavePage();
+    }
+}
+
+// What each of three pages, one after another, sees of those before it: its cookie, its stored
+// entry, and whether the server is asked for its file again. The third belongs to a new platform.
+std::vector<std::string> seenByPages(gtk::PageData data) {
+    RawServer server;
+    server.reply("/file", RawServer::response("200 OK", "", "Cache-Control: max-age=999\r\n"));
+    server.replyPage("/page", R"(<script src=/file></script><script>
+        fetch('/saw?' + document.cookie + '&' + localStorage.getItem('entry'));
+        document.cookie = 'cookie=1; max-age=999'; localStorage.setItem('entry', 2);</script>)");
+    const auto isFor = [](const std::string& path) {
+        return [start = "GET " + path](const std::string& request) {
+            return request.starts_with(start);
+        };
+    };
+    std::vector<std::string> seen;
+    for (const int pages : {2, 1}) {
+        const auto platform =
+            gtk::GtkPlatform::make({.applicationId = "page-data", .pageData = data});
+        for (int number = 0; number < pages; ++number) {
+            const auto page = makeOnMainThread<WKWebView>(Rect{}, WKWebViewConfiguration());
+            const auto before = std::ssize(server.requests());
+            std::vector<std::string> requests;
+            page->load({*URL::parse(server.address("/page"))});
+            EXPECT_TRUE(platform->runUntil(
+                [&] {
+                    requests = server.requests();
+                    requests.erase(requests.begin(), requests.begin() + before);
+                    return std::ranges::any_of(requests, isFor("/saw"));
+                },
+                10));
+            const bool fetches = std::ranges::any_of(requests, isFor("/file"));
+            const std::string text = requests.back().substr(9);
+            seen.push_back(text.substr(0, text.find(' ')) + (fetches ? " fetched" : " cached"));
+            // The next page finds a spare view there.
+            platform->runUntil([] { return false; }, 0.3);
+        }
+    }
+    return seen;
+}
+
+TEST(PageDataTest, APageFindsOfEarlierOnesWhatTheHostChose) {
+    using gtk::PageData, testing::StartsWith;
+    const std::string none = "&null fetched";
+    const auto all = StartsWith("cookie=1&2 ");  // the engine may drop a file at any time
+    EXPECT_THAT(seenByPages(PageData::freshForEachPage), ElementsAre(none, none, none));
+    EXPECT_THAT(seenByPages(PageData::inMemory), ElementsAre(none, all, none));
+    EXPECT_FALSE(std::filesystem::exists(std::string(std::getenv("XDG_DATA_HOME")) + "/page-data"));
+    EXPECT_THAT(seenByPages(PageData::onDisk), ElementsAre(none, all, all));
+}
+
+// A view with a load and a hung script under way that somebody holds past the platform's end.
+std::shared_ptr<WKWebView> viewPastThePlatform() {
+    RawServer server;
+    server.reply("/slow",
+                 "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\n\r\n<p>" + std::string(2000, '-'),
+                 true);
+    const auto platform = gtk::GtkPlatform::make({.applicationId = "zorvik-test"});
+    const auto delegate = std::make_shared<contract::Recorder>();
+    auto view = makeOnMainThread<WKWebView>(Rect{}, WKWebViewConfiguration());
+    view->setNavigationDelegate(delegate);
+    view->load({*URL::parse(server.address("/slow"))});
+    EXPECT_TRUE(platform->runUntil([&] { return delegate->events.size() == 3; }, 20));
+    view->evaluateJavaScript("for (;;);", [](const auto&) { FAIL() << "nobody waits for it"; });
+    return view;
+}
+
+TEST(PagePastThePlatformTest, ItsProcessEndsAndAnyThreadMayUseItLast) {
+    const auto earlier = webProcesses().size();
+    const auto useLast = [](std::shared_ptr<WKWebView> view) {
+        view->stopLoading();
+        view->configuration().userContentController->removeAllUserScripts();
+        EXPECT_EQ(view->url(), std::nullopt);
+        EXPECT_EQ(view.use_count(), 1);
+    };
+    for (const bool isOnOtherThread : {false, true}) {
+        auto view = viewPastThePlatform();
+        {
+            const auto next =
+                gtk::GtkPlatform::make({.applicationId = "zorvik-test", .keepsSparePage = false});
+            EXPECT_TRUE(pollUntil(*next, [&] { return webProcesses().size() <= earlier; }));
+        }
+        if (isOnOtherThread) {
+            std::thread(useLast, std::move(view)).join();
+        } else {
+            useLast(std::move(view));
+        }
     }
 }
 
