@@ -12,7 +12,7 @@ endforeach()
 
 set(components checkout core_development headless_port)
 if(ZORVIK_HAS_GTK_PORT)
-  install(FILES "${PROJECT_SOURCE_DIR}/platform/gtk/GtkPlatform.h"
+  install(FILES "${PROJECT_SOURCE_DIR}/platform/gtk/GtkPlatform.h" "${PROJECT_SOURCE_DIR}/platform/gtk/PageData.h"
     DESTINATION "${ZORVIK_INCLUDE_FOLDER}/platform/gtk" COMPONENT development)
   list(APPEND components gtk_port)
 endif()
