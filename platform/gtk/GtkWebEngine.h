@@ -50,7 +50,6 @@ class GtkWebEngine : public WebEngine {
     ObjectPointer<WebKitWebView> makeView(WebKitWebView* related = nullptr);
     void closeLeftViews();
     void addSpare(ObjectPointer<WebKitWebView> view, SpareView::Origin origin);
-    void startSpare();
     void spareChanged(const SpareView& spare);
 
     Scheduler& scheduler_;
