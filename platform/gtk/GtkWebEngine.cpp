@@ -47,8 +47,12 @@ GtkWebEngine::~GtkWebEngine() {
 }
 
 void GtkWebEngine::end() {
-    for (GtkWebPage* page : std::exchange(pages_, {}))
+    // What was waited for goes with its page, and other pages may go with that.
+    while (!pages_.empty()) {
+        GtkWebPage* page = pages_.back();
+        pages_.pop_back();
         leftViews_.push_back(page->giveUpView());
+    }
     for (const auto& view : std::exchange(leftViews_, {}))
         endWithProcess(view.get());
     spares_.clear();

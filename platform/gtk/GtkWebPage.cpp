@@ -97,7 +97,6 @@ ObjectPointer<WebKitWebView> GtkWebPage::giveUpView() {
     *self_ = nullptr;
     watch_.stop();
     probe_.reset();
-    drop(std::exchange(evaluations_, {}));
     WebKitUserContentManager* manager = webkit_web_view_get_user_content_manager(view_.get());
     g_signal_handlers_disconnect_by_data(view_.get(), this);
     gtk_widget_remove_controller(widget(), input_);
@@ -107,7 +106,9 @@ ObjectPointer<WebKitWebView> GtkWebPage::giveUpView() {
     webkit_web_view_stop_loading(view_.get());
     GtkWidget* own = widget();
     if (gtk_widget_get_parent(own) != nullptr) gtk_widget_unparent(own);
-    return std::move(view_);
+    ObjectPointer<WebKitWebView> view = std::move(view_);
+    drop(std::exchange(evaluations_, {}));  // this page may end here
+    return view;
 }
 
 GtkWidget* GtkWebPage::widget() const {

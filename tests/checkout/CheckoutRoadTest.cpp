@@ -263,9 +263,11 @@ TEST_F(CheckoutRoad, AKilledWebProcessShowsThePanelAndRetryLoadsThePage) {
 
 TEST_F(CheckoutRoad, AnOpenIdleScreenCausesNoWakeUp) {
     checkout();
-    settle(2);  // the fades and the slide are over by then
+    const auto page = find<WKWebView>();
+    ASSERT_TRUE(waitUntil([&] { return !page->isHidden() && page->presentationAlpha() == 1; }));
+    settle();  // the slide, and the tasks the fade left, are over by then
     const auto before = platform->wakeUps();
-    settle(3);
+    settle(1.5);
     EXPECT_EQ(platform->wakeUps(), before);
 }
 
