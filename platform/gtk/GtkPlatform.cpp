@@ -112,6 +112,7 @@ GtkPlatform::~GtkPlatform() {
     parts_->stage.dropScreens();
     while (!parts_->windows.empty())
         closeWindow(parts_->windows.back().get());
+    parts_->engine.end();  // whoever still holds a page may destroy it on any thread from now on
     Environment::uninstall();
 }
 

@@ -38,8 +38,8 @@ inline std::vector<pid_t> webProcesses(pid_t ancestor = getpid()) {
 }
 
 // Waits for what no turn of the main loop tells, such as another process's end.
-inline bool pollUntil(gtk::GtkPlatform& platform, const std::function<bool()>& condition,
-                      double seconds = 5) {
+inline bool askUntil(gtk::GtkPlatform& platform, const std::function<bool()>& condition,
+                     double seconds = 10) {
     for (double waited = 0; !condition(); waited += 0.05) {
         if (waited > seconds) return false;
         platform.runUntil([] { return false; }, 0.05);
@@ -84,13 +84,8 @@ class GtkPortTest : public testing::Test {
     bool waitUntil(const std::function<bool()>& condition) {
         return platform->runUntil(condition, 20);
     }
-    // For what no event of the main loop tells of.
     bool askUntil(const std::function<bool()>& condition) {
-        for (int round = 0; round < 200; ++round) {
-            if (condition()) return true;
-            settle(0.05);
-        }
-        return false;
+        return tests::askUntil(*platform, condition);
     }
     // Long enough for what must not come to have come.
     void settle(double seconds = 0.3) {

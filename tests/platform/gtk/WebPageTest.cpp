@@ -192,7 +192,7 @@ class SparePageTest : public WebPageTest {
 
 TEST_F(SparePageTest, EachPageTakesTheProcessThatIsThereAndAKilledOneIsReplaced) {
     settle();  // one that an earlier test was starting may still come and go
-    ASSERT_TRUE(pollUntil(*platform, [&] { return processes().size() == 1; }));
+    ASSERT_TRUE(askUntil([&] { return processes().size() == 1; }));
     const pid_t ahead = processes().at(0);
     for (int round = 0; round < 5; ++round) {
         showPage();
@@ -209,7 +209,7 @@ TEST_F(SparePageTest, EachPageTakesTheProcessThatIsThereAndAKilledOneIsReplaced)
         if (round == 3) {  // the one kept for the next page
             const auto kept = processes();
             kill(kept.at(0), SIGKILL);
-            EXPECT_TRUE(pollUntil(*platform, [&] { return processes() != kept; }));
+            EXPECT_TRUE(askUntil([&] { return processes() != kept; }));
         }
     }
 }
@@ -227,7 +227,7 @@ TEST_F(SparePageTest, AHungPageEndsWithItsProcessAndNeverHoldsUpTheNext) {
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.name);
-        ASSERT_TRUE(pollUntil(*platform, [&] { return processes().size() == 1; }));
+        ASSERT_TRUE(askUntil([&] { return processes().size() == 1; }));
         const pid_t hung = processes().at(0);
         server.replyPage("/hangs", "<script>" + row.script + "</script>");
         const auto before = server.requests().size();
@@ -239,8 +239,7 @@ TEST_F(SparePageTest, AHungPageEndsWithItsProcessAndNeverHoldsUpTheNext) {
         settle(row.pause);
         showPage();
         EXPECT_EQ(load(server.address("/page")), "finish /page");
-        EXPECT_TRUE(
-            pollUntil(*platform, [&] { return std::ranges::count(processes(), hung) == 0; }));
+        EXPECT_TRUE(askUntil([&] { return std::ranges::count(processes(), hung) == 0; }));
         leavePage();
     }
 }
@@ -328,7 +327,7 @@ TEST(PagePastThePlatformTest, ItsProcessEndsAndAnyThreadMayUseItLast) {
         {
             const auto next =
                 gtk::GtkPlatform::make({.applicationId = "zorvik-test", .keepsSparePage = false});
-            EXPECT_TRUE(pollUntil(*next, [&] { return webProcesses().size() <= earlier; }));
+            EXPECT_TRUE(askUntil(*next, [&] { return webProcesses().size() <= earlier; }));
         }
         if (isOnOtherThread) {
             std::thread(useLast, std::move(view)).join();
