@@ -2,7 +2,7 @@
 
 namespace zorvik::platform {
 
-UIActivityIndicatorView::UIActivityIndicatorView(Style style) : style_(style) {}
+UIActivityIndicatorView::UIActivityIndicatorView(Style /*style*/) {}
 
 void UIActivityIndicatorView::setHidesWhenStopped(bool hides) {
     hidesWhenStopped_ = hides;
@@ -15,8 +15,7 @@ void UIActivityIndicatorView::stopAnimating() {
 }
 
 std::optional<Size> UIActivityIndicatorView::intrinsicContentSize(double /*maximumWidth*/) const {
-    const double side = style_ == Style::large ? 37 : 20;
-    return Size{side, side};
+    return Size{37, 37};  // of the large style
 }
 
 }  // namespace zorvik::platform

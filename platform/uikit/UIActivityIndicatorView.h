@@ -8,12 +8,10 @@ namespace zorvik::platform {
 // A spinning wheel. Not spinning until started. See UIView for owner and thread.
 class ZORVIK_API UIActivityIndicatorView : public UIView {
   public:
-    enum class Style { medium, large };
+    enum class Style { large };
 
-    explicit UIActivityIndicatorView(Style style = Style::medium);
+    explicit UIActivityIndicatorView(Style style);
 
-    Style style() const { return style_; }
-    bool hidesWhenStopped() const { return hidesWhenStopped_; }
     void setHidesWhenStopped(bool hides);
     bool isAnimating() const { return isAnimating_; }
     void stopAnimating();
@@ -21,7 +19,6 @@ class ZORVIK_API UIActivityIndicatorView : public UIView {
     std::optional<Size> intrinsicContentSize(double maximumWidth) const override;
 
   private:
-    Style style_;
     bool hidesWhenStopped_ = true;
     bool isAnimating_ = false;
 };
