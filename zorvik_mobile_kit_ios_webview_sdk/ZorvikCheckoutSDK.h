@@ -20,7 +20,8 @@ namespace zorvik {
 class ZorvikCheckoutSDKDelegateObjCProxy;
 
 // The one object a host talks to. Lives for the process; main thread, unless a member says
-// otherwise. A port must be installed before the first use.
+// otherwise: a call from another thread ends the process with a message that names it. A port must
+// be installed before the first use.
 //
 //     auto& sdk = ZorvikCheckoutSDK::shared();
 //     sdk.setDelegate(receiver);
@@ -40,7 +41,7 @@ class ZORVIK_API ZorvikCheckoutSDK {
 
     // The back end's base address, passed on to the core services; absent or empty changes only
     // what is read here.
-    const std::optional<std::string>& environmentUrl() const { return environmentUrl_; }
+    const std::optional<std::string>& environmentUrl() const;
     void setEnvironmentUrl(const std::optional<std::string>& url);
 
     // Names the host's application in later events; absent or empty keeps an earlier code.
@@ -56,8 +57,8 @@ class ZORVIK_API ZorvikCheckoutSDK {
     // Tells the open checkout screen, if any, of a back action of the host's.
     void handleDeviceBackButtonPress();
 
-    // Create an order on the host's behalf. The completion receives the core services' result
-    // unchanged, on their thread.
+    // Create an order on the host's behalf. Any thread. The completion receives the core services'
+    // result unchanged, on their thread.
     void createOrder(double amount, const std::string& currency,
                      const std::vector<platform::Dictionary>& orderLineItems,
                      const std::optional<platform::Dictionary>& user,

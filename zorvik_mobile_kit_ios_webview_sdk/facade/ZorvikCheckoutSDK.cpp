@@ -8,6 +8,7 @@
 #include "core/ZorvikUPIAppDetector.h"
 #include "platform/foundation/ProgrammingError.h"
 #include "platform/runtime/DispatchQueue.h"
+#include "platform/runtime/MainThread.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/LogUtil.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/SDKVersion.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
@@ -22,6 +23,7 @@ using platform::Array;
 using platform::Dictionary;
 using platform::DispatchQueue;
 using platform::Error;
+using platform::requireMainThread;
 using platform::Result;
 using platform::UIViewController;
 using platform::Value;
@@ -78,19 +80,28 @@ ZorvikCheckoutSDK& ZorvikCheckoutSDK::shared() {
 }
 
 std::shared_ptr<ZorvikCheckoutSDKDelegate> ZorvikCheckoutSDK::delegate() const {
+    requireMainThread("ZorvikCheckoutSDK::delegate");
     return delegate_.get().lock();
 }
 
 void ZorvikCheckoutSDK::setDelegate(const std::weak_ptr<ZorvikCheckoutSDKDelegate>& delegate) {
+    requireMainThread("ZorvikCheckoutSDK::setDelegate");
     delegate_.set(delegate);
 }
 
+const std::optional<std::string>& ZorvikCheckoutSDK::environmentUrl() const {
+    requireMainThread("ZorvikCheckoutSDK::environmentUrl");
+    return environmentUrl_;
+}
+
 void ZorvikCheckoutSDK::setEnvironmentUrl(const std::optional<std::string>& url) {
+    requireMainThread("ZorvikCheckoutSDK::setEnvironmentUrl");
     environmentUrl_ = url;
     if (url && !url->empty()) APIUtils::setZorvikTechUrl(*url);
 }
 
 void ZorvikCheckoutSDK::initialize(const std::optional<std::string>& appCode) {
+    requireMainThread("ZorvikCheckoutSDK::initialize");
     LogUtil::debugLog(
         [&] { return joined("🚀 Initializing WebView SDK with appCode: ", printed(appCode)); });
     const bool isProvided = appCode && !appCode->empty();
@@ -107,6 +118,7 @@ void ZorvikCheckoutSDK::initialize(const std::optional<std::string>& appCode) {
 
 void ZorvikCheckoutSDK::checkout(const std::shared_ptr<UIViewController>& presenter,
                                  const ZorvikCheckoutOptions& options) {
+    requireMainThread("ZorvikCheckoutSDK::checkout");
     if (!presenter) {
         platform::endOnProgrammingError(
             "checkout was called without a presenter; pass the view controller of a window that "
@@ -209,6 +221,7 @@ void ZorvikCheckoutSDK::presentScreen(const Checkout& checkout,
 }
 
 void ZorvikCheckoutSDK::handleDeviceBackButtonPress() {
+    requireMainThread("ZorvikCheckoutSDK::handleDeviceBackButtonPress");
     inBackground([] {
         logEventWithoutOrder(EventConstants::BACK_BUTTON_PRESSED,
                              {{"source", "device_back_button"}, {"platform", "ios"}});
