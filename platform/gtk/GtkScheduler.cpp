@@ -80,9 +80,9 @@ void GtkScheduler::shutDown() {
         setWaking();
     }
     if (turns_ > 0 || waiting == 0) return;
-    tellOfMisuse("the platform ended with " + std::to_string(waiting) +
-                 " main-queue turns waiting, but no main loop ever ran; call run() after what "
-                 "starts them");
+    tellOfMisuse(
+        "the platform ended before any main loop ran and dropped what waited on the main queue (" +
+        std::to_string(waiting) + "); call run() after what starts it");
 }
 
 void GtkScheduler::runOnMain(Task task) {
