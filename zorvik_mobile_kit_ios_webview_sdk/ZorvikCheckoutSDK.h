@@ -28,7 +28,16 @@ class ZorvikCheckoutSDKDelegateObjCProxy;
 //     sdk.checkout(presenter, options);
 class ZORVIK_API ZorvikCheckoutSDK {
   public:
+    // Any thread. The first use logs SDK_INITIALIZED.
     static ZorvikCheckoutSDK& shared();
+
+    // Puts everything back to how it was before the first use: no delegate, environment address,
+    // app code or bridge. For tests that share a process, and to forget one customer for the next.
+    // A checkout under way ends unreported: what it still waits for comes to nothing, an open
+    // screen closes without animation within the next turns. References to the shared object stay
+    // good; the next use of shared() counts as the first again. The core services keep what they
+    // were told.
+    static void reset();
 
     ZorvikCheckoutSDK(const ZorvikCheckoutSDK&) = delete;
     ZorvikCheckoutSDK& operator=(const ZorvikCheckoutSDK&) = delete;
@@ -80,6 +89,7 @@ class ZORVIK_API ZorvikCheckoutSDK {
 
     ZorvikCheckoutSDK() = default;
 
+    static ZorvikCheckoutSDK& instance();
     static void orderUpdateEnded(const Checkout& checkout,
                                  const platform::Result<OrderResponse>& result);
     static void appListEnded(const Checkout& checkout,
@@ -94,6 +104,8 @@ class ZORVIK_API ZorvikCheckoutSDK {
     std::shared_ptr<ZorvikCheckoutSDKDelegateObjCProxy> currentProxy;
     std::weak_ptr<ZorvikCheckoutWebView> currentWebViewController;
     std::optional<std::string> environmentUrl_;
+    // How often everything was put back; a checkout begun before is over.
+    unsigned resets_ = 0;
     static inline std::optional<std::string> currentAppCode;
 };
 
