@@ -41,6 +41,7 @@ function(zorvik_library target short component)
     POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
+    INSTALL_RPATH "$ORIGIN"  # one library finds the others of its prefix
     VERSION "${PROJECT_VERSION}"
     SOVERSION "${PROJECT_VERSION_MAJOR}")
   if(BUILD_SHARED_LIBS)

@@ -20,14 +20,24 @@ namespace zorvik {
 class ZorvikCheckoutSDKDelegateObjCProxy;
 
 // The one object a host talks to. Lives for the process; main thread, unless a member says
-// otherwise. A port must be installed before the first use.
+// otherwise: a call from another thread ends the process with a message that names it. A port must
+// be installed before the first use.
 //
 //     auto& sdk = ZorvikCheckoutSDK::shared();
 //     sdk.setDelegate(receiver);
 //     sdk.checkout(presenter, options);
 class ZORVIK_API ZorvikCheckoutSDK {
   public:
+    // Any thread. The first use logs SDK_INITIALIZED.
     static ZorvikCheckoutSDK& shared();
+
+    // Puts everything back to how it was before the first use: no delegate, environment address,
+    // app code or bridge. For tests that share a process, and to forget one customer for the next.
+    // A checkout under way ends unreported: what it still waits for comes to nothing, an open
+    // screen closes without animation within the next turns. References to the shared object stay
+    // good; the next use of shared() counts as the first again. The core services keep what they
+    // were told.
+    static void reset();
 
     ZorvikCheckoutSDK(const ZorvikCheckoutSDK&) = delete;
     ZorvikCheckoutSDK& operator=(const ZorvikCheckoutSDK&) = delete;
@@ -40,7 +50,7 @@ class ZORVIK_API ZorvikCheckoutSDK {
 
     // The back end's base address, passed on to the core services; absent or empty changes only
     // what is read here.
-    const std::optional<std::string>& environmentUrl() const { return environmentUrl_; }
+    const std::optional<std::string>& environmentUrl() const;
     void setEnvironmentUrl(const std::optional<std::string>& url);
 
     // Names the host's application in later events; absent or empty keeps an earlier code.
@@ -56,8 +66,8 @@ class ZORVIK_API ZorvikCheckoutSDK {
     // Tells the open checkout screen, if any, of a back action of the host's.
     void handleDeviceBackButtonPress();
 
-    // Create an order on the host's behalf. The completion receives the core services' result
-    // unchanged, on their thread.
+    // Create an order on the host's behalf. Any thread. The completion receives the core services'
+    // result unchanged, on their thread.
     void createOrder(double amount, const std::string& currency,
                      const std::vector<platform::Dictionary>& orderLineItems,
                      const std::optional<platform::Dictionary>& user,
@@ -79,6 +89,7 @@ class ZORVIK_API ZorvikCheckoutSDK {
 
     ZorvikCheckoutSDK() = default;
 
+    static ZorvikCheckoutSDK& instance();
     static void orderUpdateEnded(const Checkout& checkout,
                                  const platform::Result<OrderResponse>& result);
     static void appListEnded(const Checkout& checkout,
@@ -93,6 +104,8 @@ class ZORVIK_API ZorvikCheckoutSDK {
     std::shared_ptr<ZorvikCheckoutSDKDelegateObjCProxy> currentProxy;
     std::weak_ptr<ZorvikCheckoutWebView> currentWebViewController;
     std::optional<std::string> environmentUrl_;
+    // How often everything was put back; a checkout begun before is over.
+    unsigned resets_ = 0;
     static inline std::optional<std::string> currentAppCode;
 };
 

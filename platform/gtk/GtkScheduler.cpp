@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <string>
 
+#include "platform/foundation/ProgrammingError.h"
 #include "platform/runtime/Environment.h"
 
 namespace zorvik::platform::gtk {
@@ -68,13 +70,19 @@ void GtkScheduler::shutDown() {
     background_.stop(patience);
 
     std::map<Deadline, Task> dropped;
+    std::size_t waiting = 0;
     {
         const std::scoped_lock lock(mutex_);
         isShutDown_ = true;
+        waiting = tasks_.size() - delayed_.size();
         dropped.swap(tasks_);
         delayed_.clear();
         setWaking();
     }
+    if (turns_ > 0 || waiting == 0) return;
+    tellOfMisuse(
+        "the platform ended before any main loop ran and dropped what waited on the main queue (" +
+        std::to_string(waiting) + "); call run() after what starts it");
 }
 
 void GtkScheduler::runOnMain(Task task) {

@@ -12,6 +12,7 @@ HeadlessPlatform::HeadlessPlatform(HeadlessScheduler::Background background)
 }
 
 HeadlessPlatform::~HeadlessPlatform() {
+    scheduler_.tellOfForgottenTasks();
     // What goes may use the toolkit a last time and post, so the port stays installed, and its
     // services whole, until nothing is left.
     {

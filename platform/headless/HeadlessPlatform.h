@@ -10,7 +10,8 @@
 namespace zorvik::platform::headless {
 
 // The headless port: installed from construction to destruction, on the thread that makes it. For
-// tests of a host's integration. What is still pending at the end is dropped, not run.
+// tests of a host's integration. What is still pending at the end is dropped, not run; where
+// nobody ever ran anything, a line on standard error says so.
 class ZORVIK_API HeadlessPlatform {
   public:
     explicit HeadlessPlatform(

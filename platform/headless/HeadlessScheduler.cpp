@@ -14,6 +14,10 @@ namespace {
 
 constexpr int threadCount = 2;
 
+std::string counted(std::size_t count, const std::string& thing) {
+    return std::to_string(count) + ' ' + thing + (count == 1 ? "" : "s");
+}
+
 }  // namespace
 
 // Every task is destroyed with no lock held: what it captured may post, cancel or turn the queue.
@@ -36,6 +40,7 @@ void HeadlessScheduler::runUntilIdle() {
 
 bool HeadlessScheduler::runOneTurn() {
     if (!isMainThread()) endOnProgrammingError("only the main thread may turn the main queue");
+    isUsed_ = true;
     Task task;
     {
         const std::scoped_lock lock(mutex_);
@@ -75,6 +80,7 @@ std::size_t HeadlessScheduler::backgroundCount() const {
 
 bool HeadlessScheduler::runOneBackgroundTask(std::size_t index) {
     if (mode_ != Background::manual) return false;
+    isUsed_ = true;
     Task task;
     {
         const std::scoped_lock lock(mutex_);
@@ -220,6 +226,15 @@ void HeadlessScheduler::work() {
         --busyThreads_;
         changed_.notify_all();
     }
+}
+
+void HeadlessScheduler::tellOfForgottenTasks() const {
+    const std::scoped_lock lock(mutex_);
+    const std::size_t tasks = mode_ == Background::manual ? background_.size() : 0;
+    if (isUsed_ || tasks + ready_.size() == 0) return;
+    tellOfMisuse("the headless platform ended with " + counted(tasks, "background task") + " and " +
+                 counted(ready_.size(), "main-queue turn") +
+                 " that nobody ever ran; call scheduler().settle() after what starts them");
 }
 
 void HeadlessScheduler::dropPending() {

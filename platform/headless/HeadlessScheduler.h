@@ -79,6 +79,8 @@ class ZORVIK_API HeadlessScheduler : public Scheduler {
     void work();
     // Ends the threads and destroys what is pending; what comes from now on is dropped.
     void dropPending();
+    // Says on standard error what waits, where nobody ever asked for a turn or a background task.
+    void tellOfForgottenTasks() const;
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;
@@ -94,6 +96,7 @@ class ZORVIK_API HeadlessScheduler : public Scheduler {
     std::deque<Task> background_;
     std::size_t busyThreads_ = 0;
     bool isEnded_ = false;
+    bool isUsed_ = false;  // a turn or background task was asked for; main thread only
     std::vector<std::thread> threads_;
 };
 

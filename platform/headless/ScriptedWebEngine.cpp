@@ -46,6 +46,14 @@ std::string withoutFragment(const std::string& url) {
     return url.substr(0, url.find('#'));
 }
 
+void tellOfUnhandled(const std::string& name, const std::set<std::string>& handlers) {
+    std::string names;
+    for (const std::string& handler : handlers)
+        names.append(names.empty() ? "post to one of: " : ", ").append(handler);
+    tellOfMisuse("the page posted to \"" + name + "\", which nobody handles; " +
+                 (names.empty() ? "no name is handled yet: load the screen first" : names));
+}
+
 ScriptedPage* living(const std::weak_ptr<ScriptedPage*>& life) {
     const auto page = life.lock();
     return page ? *page : nullptr;
@@ -335,7 +343,10 @@ std::optional<URL> ScriptedPage::currentUrl() const {
 }
 
 bool ScriptedPage::post(const std::string& name, const ScriptValue& body) {
-    if (!handlers_.contains(name)) return false;
+    if (!handlers_.contains(name)) {
+        tellOfUnhandled(name, handlers_);
+        return false;
+    }
     inTurn([name, body, removals = removals_[name]](ScriptedPage& page) {
         if (page.removals_[name] != removals) return;
         page.report([&](WebPageDelegate& delegate) { delegate.pagePosted(name, body); });

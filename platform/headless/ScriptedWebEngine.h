@@ -86,7 +86,7 @@ class ZORVIK_API ScriptedPage : public WebPage {
     void replaceUrl(const std::string& url);
     // The page asks for a navigation in a sub-frame: only the question is reported.
     void navigateSubframe(const std::string& url);
-    // The page posts; false when no handler of this name is registered.
+    // The page posts; false, and a line on standard error, when nobody handles the name.
     bool post(const std::string& name, const ScriptValue& body);
     // The page shows a panel; the answer goes to `answered` in the turn that gave it.
     void showPanel(const ScriptPanel& panel, std::function<void(ScriptPanelAnswer)> answered = {});

@@ -1,15 +1,30 @@
 #include "platform/runtime/MainThread.h"
 
+#include <string>
+
 #include "platform/foundation/ProgrammingError.h"
 #include "platform/runtime/Environment.h"
 
 namespace zorvik::platform {
 
+namespace {
+
+void endOffMainThread(const std::string& use) {
+    if (!Environment::isInstalled() || Environment::isMainThread()) return;
+    endOnProgrammingError(use +
+                          " off the main thread; use it on the thread that made the platform, from "
+                          "another one by way of DispatchQueue::main().async(...)");
+}
+
+}  // namespace
+
+void requireMainThread(const char* call) {
+    endOffMainThread(std::string(call) + " was called");
+}
+
 void assertMainThread() {
 #ifndef NDEBUG
-    if (Environment::isInstalled() && !Environment::isMainThread()) {
-        endOnProgrammingError("a toolkit object was used off the main thread");
-    }
+    endOffMainThread("a toolkit object was used");
 #endif
 }
 

@@ -7,6 +7,9 @@
 
 namespace zorvik::platform {
 
+// Ends the process, in release builds too, with a message that names the call when it is not made
+// on the main thread. Nothing while no port is installed.
+ZORVIK_API void requireMainThread(const char* call);
 // Ends a debug build when called off the main thread; nothing in a release build, or while no
 // port is installed.
 ZORVIK_API void assertMainThread();

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/foundation/ProgrammingError.h"
 #include "platform/runtime/Environment.h"
 
 namespace zorvik::platform {
@@ -21,7 +22,14 @@ UIViewController::~UIViewController() {
     if (!presented_) return;
     // What is shown over a controller that is gone could never be dismissed through it.
     presented_->presenting_ = nullptr;
-    if (Environment::isInstalled()) presented_->leave(false, {});
+    if (!Environment::isInstalled()) return;
+    // Told once the screen has gone, so not where the port ends as well; a screen that was on its
+    // way out already has no need of a presenter.
+    presented_->leave(false, [] {
+        tellOfMisuse(
+            "a view controller was destroyed while it presented a screen, which closed with it; "
+            "keep the presenter until its screen has closed");
+    });
 }
 
 const std::shared_ptr<UIView>& UIViewController::view() {

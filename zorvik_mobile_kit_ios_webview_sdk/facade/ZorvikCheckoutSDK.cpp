@@ -1,5 +1,6 @@
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDK.h"
 
+#include <atomic>
 #include <utility>
 
 #include "core/APIUtils.h"
@@ -8,6 +9,8 @@
 #include "core/ZorvikUPIAppDetector.h"
 #include "platform/foundation/ProgrammingError.h"
 #include "platform/runtime/DispatchQueue.h"
+#include "platform/runtime/Environment.h"
+#include "platform/runtime/MainThread.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/LogUtil.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/SDKVersion.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
@@ -22,11 +25,14 @@ using platform::Array;
 using platform::Dictionary;
 using platform::DispatchQueue;
 using platform::Error;
+using platform::requireMainThread;
 using platform::Result;
 using platform::UIViewController;
 using platform::Value;
 
 namespace {
+
+std::atomic<bool> isFirstUseLogged = false;
 
 std::string printed(const std::optional<std::string>& text) {
     return text.value_or("nil");
@@ -62,35 +68,66 @@ struct ZorvikCheckoutSDK::Checkout {
     ZorvikCheckoutOptions options;
     std::shared_ptr<ZorvikCheckoutSDKDelegateObjCProxy> proxy;
     std::shared_ptr<UIViewController> presenter;
+    unsigned resets;  // the facade's when it began
+
+    bool isOver() const { return resets != instance().resets_; }
 };
 
-ZorvikCheckoutSDK& ZorvikCheckoutSDK::shared() {
+ZorvikCheckoutSDK& ZorvikCheckoutSDK::instance() {
     // Never destroyed, so that completions that arrive while the process ends still find it.
-    static auto& instance = *[] {
-        auto* const facade = new ZorvikCheckoutSDK;
+    static auto& facade = *new ZorvikCheckoutSDK;
+    return facade;
+}
+
+ZorvikCheckoutSDK& ZorvikCheckoutSDK::shared() {
+    if (!isFirstUseLogged.exchange(true)) {
         inBackground([] {
             logEventWithoutOrder(EventConstants::SDK_INITIALIZED,
                                  {{"platform", "ios"}, {"sdk_version", version()}});
         });
-        return facade;
-    }();
-    return instance;
+    }
+    return instance();
+}
+
+void ZorvikCheckoutSDK::reset() {
+    requireMainThread("ZorvikCheckoutSDK::reset");
+    ZorvikCheckoutSDK& facade = instance();
+    const auto screen = facade.currentWebViewController.lock();
+    facade.delegate_.set({});
+    facade.currentProxy.reset();
+    facade.currentWebViewController.reset();
+    facade.environmentUrl_.reset();
+    currentAppCode.reset();
+    ++facade.resets_;
+    isFirstUseLogged = false;
+    // By way of its presenter, which takes away what stands on the screen as well.
+    UIViewController* const presenter = screen ? screen->presentingViewController() : nullptr;
+    if (presenter != nullptr && platform::Environment::isInstalled()) presenter->dismiss(false);
 }
 
 std::shared_ptr<ZorvikCheckoutSDKDelegate> ZorvikCheckoutSDK::delegate() const {
+    requireMainThread("ZorvikCheckoutSDK::delegate");
     return delegate_.get().lock();
 }
 
 void ZorvikCheckoutSDK::setDelegate(const std::weak_ptr<ZorvikCheckoutSDKDelegate>& delegate) {
+    requireMainThread("ZorvikCheckoutSDK::setDelegate");
     delegate_.set(delegate);
 }
 
+const std::optional<std::string>& ZorvikCheckoutSDK::environmentUrl() const {
+    requireMainThread("ZorvikCheckoutSDK::environmentUrl");
+    return environmentUrl_;
+}
+
 void ZorvikCheckoutSDK::setEnvironmentUrl(const std::optional<std::string>& url) {
+    requireMainThread("ZorvikCheckoutSDK::setEnvironmentUrl");
     environmentUrl_ = url;
     if (url && !url->empty()) APIUtils::setZorvikTechUrl(*url);
 }
 
 void ZorvikCheckoutSDK::initialize(const std::optional<std::string>& appCode) {
+    requireMainThread("ZorvikCheckoutSDK::initialize");
     LogUtil::debugLog(
         [&] { return joined("🚀 Initializing WebView SDK with appCode: ", printed(appCode)); });
     const bool isProvided = appCode && !appCode->empty();
@@ -107,6 +144,7 @@ void ZorvikCheckoutSDK::initialize(const std::optional<std::string>& appCode) {
 
 void ZorvikCheckoutSDK::checkout(const std::shared_ptr<UIViewController>& presenter,
                                  const ZorvikCheckoutOptions& options) {
+    requireMainThread("ZorvikCheckoutSDK::checkout");
     if (!presenter) {
         platform::endOnProgrammingError(
             "checkout was called without a presenter; pass the view controller of a window that "
@@ -146,8 +184,8 @@ void ZorvikCheckoutSDK::checkout(const std::shared_ptr<UIViewController>& presen
         return;
     }
 
-    Checkout checkout{getOrderID(*options.orderToken), *options.orderToken, options, proxy,
-                      presenter};
+    Checkout checkout{
+        getOrderID(*options.orderToken), *options.orderToken, options, proxy, presenter, resets_};
     LogUtil::debugLog([&] { return joined("📋 Extracted Order ID: ", checkout.orderId); });
     ZorvikCoreApiSDK::shared().updateOrderDetails(
         checkout.token, checkout.orderId, "callback_mobile", "ios", version(),
@@ -158,6 +196,7 @@ void ZorvikCheckoutSDK::checkout(const std::shared_ptr<UIViewController>& presen
 
 void ZorvikCheckoutSDK::orderUpdateEnded(const Checkout& checkout,
                                          const Result<OrderResponse>& result) {
+    if (checkout.isOver()) return;
     if (!result) {
         reportFailure(checkout, "Failed to update order details: ", result.error());
         return;
@@ -172,6 +211,7 @@ void ZorvikCheckoutSDK::orderUpdateEnded(const Checkout& checkout,
 
 void ZorvikCheckoutSDK::appListEnded(const Checkout& checkout,
                                      const Result<std::vector<UPIAppsVO>>& result) {
+    if (checkout.isOver()) return;
     if (!result) {
         reportFailure(checkout, "Failed to get UPI apps: ", result.error());
         return;
@@ -190,7 +230,7 @@ void ZorvikCheckoutSDK::reportFailure(const Checkout& checkout, const std::strin
     LogUtil::debugLog([&] { return joined("❌ ", message, error.localizedDescription); });
     logCheckoutEvent(EventConstants::EXCEPTION_THROWN, checkout.token,
                      {{"error", error.localizedDescription}});
-    if (const auto hostDelegate = shared().delegate()) {
+    if (const auto hostDelegate = instance().delegate()) {
         hostDelegate->onCheckoutResponse(
             errorPayload(message + error.localizedDescription, checkout.token));
     }
@@ -200,7 +240,7 @@ void ZorvikCheckoutSDK::presentScreen(const Checkout& checkout,
                                       const std::vector<UPIAppsVO>& apps) {
     const auto screen = ZorvikCheckoutWebView::initWithOptions(checkout.options, apps);
     screen->setDelegate(checkout.proxy);
-    shared().currentWebViewController = screen;
+    instance().currentWebViewController = screen;
     LogUtil::debugLog([&] {
         return joined("🔗 Webview delegate set: ",
                       platform::description(screen->delegate() != nullptr));
@@ -209,6 +249,7 @@ void ZorvikCheckoutSDK::presentScreen(const Checkout& checkout,
 }
 
 void ZorvikCheckoutSDK::handleDeviceBackButtonPress() {
+    requireMainThread("ZorvikCheckoutSDK::handleDeviceBackButtonPress");
     inBackground([] {
         logEventWithoutOrder(EventConstants::BACK_BUTTON_PRESSED,
                              {{"source", "device_back_button"}, {"platform", "ios"}});

@@ -40,5 +40,19 @@ TEST(PlatformEndTest, QuittingLeavesAHangingCallToItselfAndDropsItsAnswer) {
     EXPECT_TRUE(held.expired());
 }
 
+TEST(PlatformEndTest, TurnsForWhichNoMainLoopEverRanAreToldOf) {
+    testing::internal::CaptureStderr();
+    {
+        const auto platform = gtk::GtkPlatform::make({.applicationId = "zorvik-test"});
+        DispatchQueue::main().async([] { FAIL() << "no loop runs"; });
+    }
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::HasSubstr("waited on the main queue (1); call run()"));
+    const auto platform = gtk::GtkPlatform::make({.applicationId = "zorvik-test"});
+    bool hasRun = false;
+    DispatchQueue::main().async([&] { hasRun = true; });
+    EXPECT_TRUE(platform->runUntil([&] { return hasRun; }, 60));
+}
+
 }  // namespace
 }  // namespace zorvik::tests

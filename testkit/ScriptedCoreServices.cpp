@@ -1,0 +1,212 @@
+#include "testkit/ScriptedCoreServices.h"
+
+#include <utility>
+
+#include "core/APIUtils.h"
+#include "core/EventConstants.h"
+#include "core/EventLogging.h"
+#include "core/ZorvikUPIAppDetector.h"
+#include "platform/runtime/Environment.h"
+
+namespace zorvik {
+
+using testkit::ScriptedCoreServices;
+
+ZorvikCoreApiSDK& ZorvikCoreApiSDK::shared() {
+    return ScriptedCoreServices::instance();
+}
+
+void ZorvikUPIAppDetector::getUPIAppsList(const std::string& token, Completion completion) {
+    ScriptedCoreServices::instance().getUPIAppsList(token, std::move(completion));
+}
+
+bool ZorvikUPIAppDetector::isUPIAppReturnURL(const std::string& url) {
+    return url.starts_with(std::string(ScriptedCoreServices::returnScheme) + ':');
+}
+
+void EventLoggingUtils::safeLogEvent(std::string_view eventName,
+                                     const std::optional<std::string>& orderId,
+                                     const std::optional<std::string>& token,
+                                     const std::optional<std::string>& subMerchantId,
+                                     const std::optional<platform::Dictionary>& additionalData,
+                                     std::string_view /*sdkVersion*/) noexcept {
+    ScriptedCoreServices::instance().record(
+        testkit::Event{std::string(eventName), orderId, token, subMerchantId,
+                       additionalData.value_or(platform::Dictionary())});
+}
+
+void EventLoggingService::setAppCode(const std::optional<std::string>& appCode) {
+    ScriptedCoreServices::instance().setAppCode(appCode);
+}
+
+std::string APIUtils::webViewViewUrl() {
+    return ScriptedCoreServices::checkoutPageUrl;
+}
+
+std::string APIUtils::webViewRespCheckUrl() {
+    return ScriptedCoreServices::responseUrl;
+}
+
+void APIUtils::setZorvikTechUrl(const std::string& url) {
+    ScriptedCoreServices::instance().setEnvironmentUrl(url);
+}
+
+constinit const std::string_view EventConstants::SDK_INITIALIZED = "SDK_INITIALIZED";
+constinit const std::string_view EventConstants::CHECKOUT_INITIATED = "CHECKOUT_INITIATED";
+constinit const std::string_view EventConstants::UPDATE_ORDER_PAYLOAD = "UPDATE_ORDER_PAYLOAD";
+constinit const std::string_view EventConstants::UPI_APPS_LISTED = "UPI_APPS_LISTED";
+constinit const std::string_view EventConstants::EXCEPTION_THROWN = "EXCEPTION_THROWN";
+constinit const std::string_view EventConstants::BACK_BUTTON_PRESSED = "BACK_BUTTON_PRESSED";
+constinit const std::string_view EventConstants::PAYMENT_STATUS = "PAYMENT_STATUS";
+constinit const std::string_view EventConstants::WEBVIEW_LAUNCH = "WEBVIEW_LAUNCH";
+constinit const std::string_view EventConstants::WEBVIEW_LOADED = "WEBVIEW_LOADED";
+constinit const std::string_view EventConstants::WEBVIEW_FAILED = "WEBVIEW_FAILED";
+constinit const std::string_view EventConstants::URL_INTERCEPTED = "URL_INTERCEPTED";
+constinit const std::string_view EventConstants::REDIRECT_URL_HIT = "REDIRECT_URL_HIT";
+constinit const std::string_view EventConstants::UPI_INTENT_STARTED = "UPI_INTENT_STARTED";
+
+}  // namespace zorvik
+
+namespace zorvik::testkit {
+
+using platform::Dictionary;
+using platform::Result;
+using platform::Value;
+
+namespace {
+
+template <class T>
+void answer(const std::function<void(const Result<T>&)>& completion, const Result<T>& result) {
+    platform::Environment::runInBackground([completion, result] {
+        if (completion) completion(result);
+    });
+}
+
+Value valueOf(const std::optional<Dictionary>& dictionary) {
+    return dictionary ? Value(*dictionary) : Value();
+}
+
+}  // namespace
+
+ScriptedCoreServices& ScriptedCoreServices::instance() {
+    // Never destroyed: an event may come while the process ends.
+    static auto& services = *new ScriptedCoreServices;
+    return services;
+}
+
+void ScriptedCoreServices::clear() {
+    answers_ = CoreAnswers();
+    const std::scoped_lock lock(mutex_);
+    events_.clear();
+    calls_.clear();
+    environmentUrl_.reset();
+    appCode_.reset();
+}
+
+std::vector<Event> ScriptedCoreServices::events() const {
+    const std::scoped_lock lock(mutex_);
+    return events_;
+}
+
+std::vector<CoreCall> ScriptedCoreServices::calls() const {
+    const std::scoped_lock lock(mutex_);
+    return calls_;
+}
+
+std::optional<std::string> ScriptedCoreServices::environmentUrl() const {
+    const std::scoped_lock lock(mutex_);
+    return environmentUrl_;
+}
+
+std::optional<std::string> ScriptedCoreServices::appCode() const {
+    const std::scoped_lock lock(mutex_);
+    return appCode_;
+}
+
+void ScriptedCoreServices::createOrder(double amount, const std::string& currency,
+                                       const std::vector<Dictionary>& orderLineItems,
+                                       const std::optional<Dictionary>& user,
+                                       OrderCompletion completion) {
+    record(
+        CoreCall{"createOrder",
+                 {{"amount", amount},
+                  {"currency", currency},
+                  {"orderLineItems", platform::Array(orderLineItems.begin(), orderLineItems.end())},
+                  {"user", valueOf(user)}}});
+    answer(completion, answers_.orderCreation);
+}
+
+void ScriptedCoreServices::createShopOrder(const std::string& currency, const std::string& amount,
+                                           const std::string& productId, bool orderLineItems,
+                                           const std::string& checkoutExperience,
+                                           const std::string& paymentMode,
+                                           const std::string& subPaymentMode,
+                                           const std::optional<Dictionary>& user,
+                                           ShopOrderCompletion completion) {
+    record(CoreCall{"createShopOrder",
+                    {{"currency", currency},
+                     {"amount", amount},
+                     {"productId", productId},
+                     {"orderLineItems", orderLineItems},
+                     {"checkoutExperience", checkoutExperience},
+                     {"paymentMode", paymentMode},
+                     {"subPaymentMode", subPaymentMode},
+                     {"user", valueOf(user)}}});
+    answer(completion, answers_.shopOrderCreation);
+}
+
+void ScriptedCoreServices::updateOrderDetails(const std::string& token, const std::string& orderId,
+                                              const std::string& callbackMode,
+                                              const std::string& referrerPlatform,
+                                              const std::string& referrerPlatformVersion,
+                                              OrderCompletion completion) {
+    record(CoreCall{"updateOrderDetails",
+                    {{"token", token},
+                     {"orderId", orderId},
+                     {"callbackMode", callbackMode},
+                     {"referrerPlatform", referrerPlatform},
+                     {"referrerPlatformVersion", referrerPlatformVersion}}});
+    answer(completion, answers_.orderUpdate);
+}
+
+void ScriptedCoreServices::getTransactionEnquiry(const std::string& token,
+                                                 const std::string& orderId,
+                                                 const std::string& invoiceId,
+                                                 const std::string& transactionId,
+                                                 EnquiryCompletion completion) {
+    record(CoreCall{"getTransactionEnquiry",
+                    {{"token", token},
+                     {"orderId", orderId},
+                     {"invoiceId", invoiceId},
+                     {"transactionId", transactionId}}});
+    answer(completion, answers_.enquiry);
+}
+
+void ScriptedCoreServices::getUPIAppsList(
+    const std::string& token,
+    std::function<void(const Result<std::vector<UPIAppsVO>>&)> completion) {
+    record(CoreCall{"getUPIAppsList", {{"token", token}}});
+    answer(completion, answers_.appList);
+}
+
+void ScriptedCoreServices::record(Event event) {
+    const std::scoped_lock lock(mutex_);
+    events_.push_back(std::move(event));
+}
+
+void ScriptedCoreServices::record(CoreCall call) {
+    const std::scoped_lock lock(mutex_);
+    calls_.push_back(std::move(call));
+}
+
+void ScriptedCoreServices::setEnvironmentUrl(const std::string& url) {
+    const std::scoped_lock lock(mutex_);
+    environmentUrl_ = url;
+}
+
+void ScriptedCoreServices::setAppCode(const std::optional<std::string>& appCode) {
+    const std::scoped_lock lock(mutex_);
+    appCode_ = appCode;
+}
+
+}  // namespace zorvik::testkit

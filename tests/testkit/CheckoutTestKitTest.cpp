@@ -1,0 +1,238 @@
+#include "testkit/CheckoutTestKit.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/foundation/Console.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
+
+namespace zorvik::testkit {
+namespace {
+
+using platform::Dictionary;
+using testing::Contains, testing::ElementsAre, testing::IsEmpty, testing::SizeIs;
+
+using Kit = CheckoutTestKit;
+using Responses = std::vector<Dictionary>;
+
+Dictionary failureOf(const std::string& error) {
+    return {{"error", error},
+            {"order_id", Kit::orderId},
+            {"zorvik_order_id", Kit::orderId},
+            {"token", Kit::orderToken()},
+            {"subMerchantId", Kit::subMerchantId}};
+}
+
+Dictionary upiFailureOf(const std::string& error, const std::string& transactionId) {
+    Dictionary failure = failureOf(error);
+    failure["transaction_id"] = transactionId;
+    failure["zorvik_transaction_id"] = transactionId;
+    return failure;
+}
+
+std::string printed(const Responses& responses) {
+    std::string text;
+    for (const Dictionary& response : responses)
+        text += description(response) + '\n';
+    return text;
+}
+
+TEST(CheckoutTestKitTest, EachSituationYieldsItsDictionary) {
+    const Dictionary payload{{"status", "FAILED ✗"}, {"amount", 10.5}, {"paths", "a+b/c&d"}};
+    const Dictionary other{{"status", "SUCCESS"}};
+    struct Row {
+        const char* name;
+        std::function<void(Kit&)> before;
+        std::function<void(Kit&)> then;
+        Responses expected;
+        bool staysOpen = false;
+    };
+    const auto nothing = [](Kit&) {};
+    const Row rows[] = {
+        {"order update fails",
+         [](Kit& kit) { kit.orderUpdateFails("no line"); },
+         nothing,
+         {failureOf("Failed to update order details: no line")}},
+        {"app list fails",
+         [](Kit& kit) { kit.appListFails("no line"); },
+         nothing,
+         {failureOf("Failed to get UPI apps: no line")}},
+        {"page answers", nothing, [&](Kit& kit) { kit.pageAnswers(payload); }, {payload}},
+        {"page answers in base64",
+         nothing,
+         [&](Kit& kit) { kit.pageAnswers(payload, Encoding::base64); },
+         {payload}},
+        {"page answers twice",
+         nothing,
+         [&](Kit& kit) { kit.pageAnswersTwice(payload, other); },
+         {payload, other}},
+        {"page answers unreadably",
+         nothing,
+         [](Kit& kit) { kit.pageAnswersUnreadably(); },
+         {failureOf("Invalid response format")}},
+        {"page answers without a response",
+         nothing,
+         [](Kit& kit) { kit.pageAnswersWithoutResponse(); },
+         {failureOf("Invalid payment response")}},
+        {"app returns success, enquiry answers",
+         [&](Kit& kit) { kit.enquiryAnswers(other, "PAID"); },
+         [](Kit& kit) { kit.upiAppReturns(UPIStatus::success); },
+         {other}},
+        {"app returns success, enquiry fails",
+         [](Kit& kit) { kit.enquiryFails("no line"); },
+         [](Kit& kit) { kit.upiAppReturns(UPIStatus::success); },
+         {failureOf("Transaction enquiry failed")}},
+        {"app returns failure with a reason",
+         nothing,
+         [](Kit& kit) {
+             kit.upiAppReturns(UPIStatus::failure, {{"reason", "no funds"}});
+         },
+         {upiFailureOf("no funds", Kit::transactionId)}},
+        {"app returns cancelled",
+         nothing,
+         [](Kit& kit) {
+             kit.upiAppReturns(UPIStatus::cancelled, {{"tr", "T9"}});
+         },
+         {upiFailureOf("Payment cancelled by user", "T9")}},
+        {"app returns an unknown status",
+         nothing,
+         [](Kit& kit) { kit.upiAppReturns(UPIStatus::unknown); },
+         {upiFailureOf("Unknown payment status", Kit::transactionId)}},
+        {"window closes", nothing, [](Kit& kit) { kit.windowCloses(); }, {}},
+        {"customer presses back", nothing, [](Kit& kit) { kit.customerPressesBack(); }, {}, true},
+        {"page not reached", [](Kit& kit) { kit.pageCannotBeReached(); }, nothing, {}, true},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Kit kit;
+        row.before(kit);
+        kit.openCheckout();
+        row.then(kit);
+        EXPECT_EQ(printed(kit.responses()), printed(row.expected));
+        EXPECT_EQ(kit.isScreenOpen(), row.staysOpen);
+        kit.openCheckout();
+    }
+}
+
+TEST(CheckoutTestKitTest, WhatThePageIsToldOfHandOffsReturnsAndBack) {
+    Kit kit;
+    kit.enquiryAnswers({{"a", 1}}, "PENDING");
+    kit.openCheckout();
+    EXPECT_THAT(
+        kit.eventNames(),
+        ElementsAre("SDK_INITIALIZED", "CHECKOUT_INITIATED", "UPDATE_ORDER_PAYLOAD",
+                    "UPI_APPS_LISTED", "WEBVIEW_LAUNCH", "URL_INTERCEPTED", "WEBVIEW_LOADED"));
+    kit.customerPicks(UPIApp::notInstalled);
+    kit.customerPicks(UPIApp::refusesToOpen);
+    const auto told = [](const char* status, const char* message) {
+        return Dictionary{{"sdk_upi_intent_response", status},
+                          {"sdk_transaction_enquiry_response", message}};
+    };
+    EXPECT_THAT(kit.messagesToPage(), ElementsAre(told("unregistered", "UPI app not installed"),
+                                                  told("unavailable", "Failed to launch UPI app")));
+    kit.customerPicks(UPIApp::opens);
+    EXPECT_THAT(kit.platform().application().openedUrls(),
+                ElementsAre("testkit-refuses://pay?tr=transaction-1",
+                            "testkit-opens://pay?tr=transaction-1"));
+    EXPECT_THAT(kit.messagesToPage(), SizeIs(2)) << "the page hears of a failed hand-off only";
+    kit.customerComesBackAfter(4.999);
+    EXPECT_EQ(kit.messagesToPage().back(),
+              (Dictionary{{"upi_intent_back_response", "close"},
+                          {"transaction_enquiry_api_response", "PENDING"}}));
+    kit.customerPicks(UPIApp::opens);
+    kit.customerComesBackAfter(5);
+    EXPECT_THAT(kit.messagesToPage(), SizeIs(3)) << "not a quick return";
+    EXPECT_THAT(kit.consoleLines(),
+                Contains("[APP STATE] ⏱️ Time since UPI app launch: 5.0 seconds"));
+    kit.customerPressesBack();
+    EXPECT_EQ(kit.messagesToPage().back(),
+              (Dictionary{{"sdk_action", "device_back_initiated"}, {"source", "ios"}}));
+    EXPECT_THAT(kit.responses(), IsEmpty());
+}
+
+TEST(CheckoutTestKitTest, APageThatWasNotReachedIsThereAfterRetry) {
+    Kit kit;
+    kit.pageCannotBeReached();
+    kit.openCheckout();
+    kit.customerPressesRetry();
+    EXPECT_TRUE(kit.isRetryShown());
+    kit.pageCanBeReached();
+    kit.customerPressesRetry();
+    EXPECT_FALSE(kit.isRetryShown());
+    kit.pageAnswers({});
+    EXPECT_THAT(kit.responses(), ElementsAre(Dictionary{}));
+}
+
+TEST(CheckoutTestKitDeathTest, AMemberCalledTooEarlySaysWhatToCallFirst) {
+    Kit kit;
+    EXPECT_DEATH(kit.sdk().checkout(kit.presenter(), {.orderToken = "t"});
+                 kit.pageAnswers({}), "pageAnswers: 3 background tasks wait; call settle\\(\\)");
+    kit.settle();
+    EXPECT_DEATH(kit.pageAnswers({}), "pageAnswers: no screen is open; call openCheckout\\(\\)");
+    EXPECT_DEATH(kit.lastResponse(), "lastResponse: the kit's delegate was given no response");
+    kit.openCheckout();
+    EXPECT_DEATH(kit.customerPressesRetry(), "no Retry is shown; call pageCannotBeReached\\(\\)");
+    EXPECT_DEATH(kit.customerComesBackAfter(3), "no UPI app was opened; call customerPicks");
+    EXPECT_DEATH(kit.pageAnswers({{"text", "\xff"}}), "cannot be written as JSON");
+    kit.pageCannotBeReached();
+    kit.openCheckout();
+    EXPECT_DEATH(kit.pageAnswers({}), "the page was not reached; call pageCanBeReached\\(\\)");
+    EXPECT_DEATH(Kit(), "only one can be");
+}
+
+// Each round begins as the first one in a process does.
+TEST(ResetTest, NoTestDependsOnWhatAnEarlierOneLeft) {
+    for (const char* name : {"first", "second"}) {
+        SCOPED_TRACE(name);
+        Kit kit;
+        EXPECT_EQ(kit.sdk().delegate(), kit.delegate());
+        EXPECT_EQ(kit.sdk().environmentUrl(), std::nullopt);
+        EXPECT_EQ(kit.core().environmentUrl(), std::nullopt);
+        kit.openCheckout({});
+        const auto events = kit.events();
+        ASSERT_THAT(events, SizeIs(3));
+        EXPECT_EQ(events[0].name, "SDK_INITIALIZED");
+        EXPECT_EQ(events[1].additionalData.at("app_code"), "not_set");
+        kit.sdk().initialize(name);
+        kit.sdk().setEnvironmentUrl("https://pay.example");
+        kit.openCheckout();
+        kit.customerPicks(UPIApp::opens);
+        kit.sdk().checkout(kit.presenter(), {.orderToken = Kit::orderToken()});
+    }
+}
+
+TEST(ResetTest, ACheckoutUnderWayEndsUnreportedAndItsScreenCloses) {
+    Kit kit;
+    const auto host = kit.delegate();
+    const auto again = [&] {
+        ZorvikCheckoutSDK::reset();
+        kit.sdk().setDelegate(host);
+        kit.settle();
+    };
+    kit.sdk().checkout(kit.presenter(), {.orderToken = Kit::orderToken()});
+    again();
+    EXPECT_FALSE(kit.isScreenOpen()) << "the order's update was answered afterwards";
+    kit.orderUpdateFails();
+    kit.sdk().checkout(kit.presenter(), {.orderToken = Kit::orderToken()});
+    again();
+    kit.core().clear();
+    kit.openCheckout();
+    kit.platform().scheduler().settle();
+    kit.page().navigate("https://pay.example/response?response=1");
+    ASSERT_TRUE(kit.platform().scheduler().runOneTurn());  // a report is one turn away
+    again();
+    EXPECT_FALSE(kit.isScreenOpen());
+    EXPECT_THAT(kit.platform().web().pages(), IsEmpty());
+    EXPECT_THAT(host->responses(), IsEmpty());
+    kit.openCheckout();
+    kit.pageAnswers({});
+    EXPECT_THAT(host->responses(), SizeIs(1));
+}
+
+}  // namespace
+}  // namespace zorvik::testkit
