@@ -20,6 +20,7 @@ using platform::Value;
 namespace {
 
 thread_local std::string lastError;
+thread_local zorvik_result lastResult = ZORVIK_OK;
 thread_local int callbackDepth = 0;
 
 constexpr int writableDepth = 64;
@@ -61,6 +62,7 @@ std::string sentence(std::string_view name, std::string_view rest) {
 }  // namespace
 
 zorvik_result refuse(zorvik_result result, std::string_view reason) noexcept {
+    lastResult = result;
     try {
         lastError = reason;
     } catch (...) {
@@ -161,6 +163,10 @@ extern "C" {
 
 const char* zorvik_last_error(void) {
     return lastError.c_str();
+}
+
+zorvik_result zorvik_last_result(void) {
+    return lastResult;
 }
 
 void zorvik_string_free(char* text) {

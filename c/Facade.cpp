@@ -1,3 +1,4 @@
+#include <atomic>
 #include <memory>
 #include <string>
 #include <utility>
@@ -33,7 +34,7 @@ class HostDelegate : public ZorvikCheckoutSDKDelegate {
 
   private:
     const Callback<zorvik_text_function> response_;
-    bool isFreed_ = false;
+    std::atomic<bool> isFreed_ = false;
 };
 
 void giveFailure(const Callback<zorvik_answer_function>& answer, const platform::Error& error) {

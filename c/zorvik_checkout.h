@@ -58,6 +58,8 @@ ZORVIK_FUNCTION const char* zorvik_version(void);
 /* Any thread. Why this thread's latest refused call was refused, "" before; valid until the next.
  */
 ZORVIK_FUNCTION const char* zorvik_last_error(void);
+/* Any thread. Its kind; tells what a NULL stands for. */
+ZORVIK_FUNCTION zorvik_result zorvik_last_result(void);
 /* Any thread. NULL is allowed. */
 ZORVIK_FUNCTION void zorvik_string_free(char* text);
 /* Gives the answer that a callback was asked for, during the call; a second one replaces it. */
@@ -137,7 +139,8 @@ typedef struct zorvik_checkout_options { /* each may be NULL: absent */
  * NULL: refused. */
 ZORVIK_FUNCTION zorvik_delegate* zorvik_delegate_make(zorvik_text_function response,
                                                       void* user_data, zorvik_destroy destroy);
-/* Main thread, inside its own callback too, also after the platform. It receives nothing more. */
+/* Any thread, inside its own callback too. It receives nothing more, but off the main thread a call
+ * that is under way may end after this returns. NULL is allowed. */
 ZORVIK_FUNCTION void zorvik_delegate_free(zorvik_delegate* delegate);
 /* Results go to the delegate of the moment the checkout started, as long as it is not freed. A
  * failure before the screen opened goes to that of its own moment. NULL: nobody from now on. */
@@ -164,7 +167,7 @@ ZORVIK_FUNCTION zorvik_result zorvik_create_order(double amount, const char* cur
 ZORVIK_FUNCTION zorvik_result zorvik_create_shop_order(const char* order_json,
                                                        zorvik_answer_function answer,
                                                        void* user_data, zorvik_destroy destroy);
-/* Main thread, also after the platform. NULL is allowed. */
+/* Any thread. NULL is allowed. */
 ZORVIK_FUNCTION void zorvik_presenter_free(zorvik_presenter* presenter);
 
 /* ---- The headless port: a virtual clock and a scripted page, for tests ------------------------
