@@ -10,6 +10,9 @@ foreach(folder platform/foundation platform/runtime platform/services platform/u
   install(FILES ${headers} DESTINATION "${ZORVIK_INCLUDE_FOLDER}/${folder}" COMPONENT development)
 endforeach()
 
+install(FILES "${PROJECT_SOURCE_DIR}/c/zorvik_checkout.h"
+  DESTINATION "${ZORVIK_INCLUDE_FOLDER}/c" COMPONENT development)
+
 set(components checkout core_development headless_port testkit)
 if(ZORVIK_HAS_GTK_PORT)
   install(FILES "${PROJECT_SOURCE_DIR}/platform/gtk/GtkPlatform.h" "${PROJECT_SOURCE_DIR}/platform/gtk/PageData.h"
@@ -22,6 +25,27 @@ set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/zorvik_checkout")
 foreach(component IN LISTS components)
   install(EXPORT zorvik_checkout_${component} NAMESPACE zorvik::
     FILE zorvik_checkout-${component}-${ZORVIK_LIBRARY_KIND}.cmake
+    DESTINATION "${package_folder}" COMPONENT development)
+endforeach()
+# The C interface is of its own kind, whatever the rest of this build is.
+foreach(target zorvik_c zorvik_c_static zorvik_c_gtk)
+  if(NOT TARGET ${target})
+    continue()
+  endif()
+  get_target_property(component ${target} EXPORT_NAME)
+  set(kind shared)
+  if(component STREQUAL "c_static")
+    set(kind static)
+  endif()
+  set(package runtime)
+  if(component STREQUAL "c_gtk")
+    set(package runtime_gtk)
+  endif()
+  install(TARGETS ${target} EXPORT zorvik_checkout_${component}
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT ${package} NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+  install(EXPORT zorvik_checkout_${component} NAMESPACE zorvik::
+    FILE zorvik_checkout-${component}-${kind}.cmake
     DESTINATION "${package_folder}" COMPONENT development)
 endforeach()
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/zorvik_checkout-config.cmake.in"
@@ -55,6 +79,15 @@ zorvik_pkg_config(zorvik_testkit "A checkout page, a customer and core services 
 if(ZORVIK_HAS_GTK_PORT)
   zorvik_pkg_config(zorvik_gtk_port "The port on GTK 4 and WebKitGTK 6.0" "zorvik_platform gtk4"
     "webkitgtk-6.0" "-lzorvik_gtk_port")
+endif()
+
+set(LIBS_PRIVATE "-lstdc++ -lm -pthread")
+zorvik_pkg_config(zorvik_c "${PROJECT_DESCRIPTION}: its C interface and the headless port" "" ""
+  "-lzorvik_c")
+set(LIBS_PRIVATE "")
+if(ZORVIK_HAS_GTK_PORT)
+  zorvik_pkg_config(zorvik_c_gtk "The same C interface with the GTK port, in place of zorvik_c" "" ""
+    "-lzorvik_c_gtk")
 endif()
 
 # Debian packages, made of a static and a shared build: scripts/package.
