@@ -19,6 +19,11 @@ if(ZORVIK_HAS_GTK_PORT)
     DESTINATION "${ZORVIK_INCLUDE_FOLDER}/platform/gtk" COMPONENT development)
   list(APPEND components gtk_port)
 endif()
+if(TARGET zorvik_port_contract)
+  install(FILES "${PROJECT_SOURCE_DIR}/tests/contract/PortUnderTest.h"
+    DESTINATION "${ZORVIK_INCLUDE_FOLDER}/tests/contract" COMPONENT development)
+  list(APPEND components port_contract)
+endif()
 
 # The CMake package: one file of targets for each component and kind of library.
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/zorvik_checkout")

@@ -63,7 +63,8 @@ function(zorvik_install_target target component)
   endif()
   install(TARGETS ${target} EXPORT zorvik_checkout_${component}
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT ${package} NAMELINK_COMPONENT development
-    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
+    OBJECTS DESTINATION "${CMAKE_INSTALL_LIBDIR}/zorvik-checkout" COMPONENT development)
 endfunction()
 
 # Sets ZORVIK_HAS_GTK_PORT and the imported targets PkgConfig::WEBKITGTK and PkgConfig::GTK4.

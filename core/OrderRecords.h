@@ -25,6 +25,7 @@ struct TransactionEnquiryResponse {
     std::optional<Order> order;
     platform::Dictionary fields;  // the whole response as the back end gave it
 
+    // What the host receives after a UPI app reported success.
     const platform::Dictionary& toDictionary() const { return fields; }
 };
 

@@ -5,12 +5,14 @@
 
 namespace zorvik {
 
-// What the host wants checked out. A value, copied on assignment.
+// What the host wants checked out. A value, copied on assignment. All but the token is passed on to
+// the checkout page, for a payment method that is chosen already; absent and empty are the same.
 struct ZorvikCheckoutOptions {
-    std::optional<std::string> orderToken = std::nullopt;  // header.claims.signature, from the merchant's back end
+    // header.claims.signature, from the merchant's back end. No checkout without it.
+    std::optional<std::string> orderToken = std::nullopt;
     std::optional<std::string> walletCode = std::nullopt;
     std::optional<std::string> paymentFlow = std::nullopt;
-    std::optional<std::string> paymentModeCode = std::nullopt;  // a preselected payment method, with its bank code
+    std::optional<std::string> paymentModeCode = std::nullopt;
     std::optional<std::string> bankCode = std::nullopt;
 };
 

@@ -26,21 +26,26 @@ class ZORVIK_API ZorvikCoreApiSDK {
 
     virtual ~ZorvikCoreApiSDK() = default;
 
+    // A new order over `amount`, in whole units of the currency and their fractions.
     virtual void createOrder(double amount, const std::string& currency,
                              const std::vector<platform::Dictionary>& orderLineItems,
                              const std::optional<platform::Dictionary>& user,
                              OrderCompletion completion) = 0;
+    // The same for a hosted shop: here `amount` is a text and `orderLineItems` a flag.
     virtual void createShopOrder(const std::string& currency, const std::string& amount,
                                  const std::string& productId, bool orderLineItems,
                                  const std::string& checkoutExperience,
                                  const std::string& paymentMode, const std::string& subPaymentMode,
                                  const std::optional<platform::Dictionary>& user,
                                  ShopOrderCompletion completion) = 0;
+    // Tells the back end where the customer is about to pay. Only its success counts.
     virtual void updateOrderDetails(const std::string& token, const std::string& orderId,
                                     const std::string& callbackMode,
                                     const std::string& referrerPlatform,
                                     const std::string& referrerPlatformVersion,
                                     OrderCompletion completion) = 0;
+    // How the payment of an order stands. `transactionId` may be empty; the component passes the
+    // order id as invoice id too.
     virtual void getTransactionEnquiry(const std::string& token, const std::string& orderId,
                                        const std::string& invoiceId,
                                        const std::string& transactionId,

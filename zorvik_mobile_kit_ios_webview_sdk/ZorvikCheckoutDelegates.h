@@ -27,9 +27,12 @@ class ZORVIK_API ZorvikCheckoutWebViewDelegate {
   public:
     virtual ~ZorvikCheckoutWebViewDelegate() = default;
 
+    // The page answered, or the back end confirmed; the payload may tell of a payment that failed.
     virtual void zorvikCheckoutWebViewDidSucceed(
         const std::shared_ptr<ZorvikCheckoutWebView>& screen,
         const platform::Dictionary& payload) = 0;
+    // The page's response could not be read, the enquiry failed, or a UPI app told of no payment:
+    // "error" says which.
     virtual void zorvikCheckoutWebViewDidFail(const std::shared_ptr<ZorvikCheckoutWebView>& screen,
                                               const platform::Dictionary& payload) = 0;
 };

@@ -45,12 +45,15 @@ class ZORVIK_API ZorvikCheckoutSDK {
     // The receiver of results, held weakly. A result of the checkout screen goes to the delegate
     // of the moment the checkout started, a failure before the screen to that of its own moment.
     std::shared_ptr<ZorvikCheckoutSDKDelegate> delegate() const;
+    // Takes the place of the one before.
     void setDelegate(const std::weak_ptr<ZorvikCheckoutSDKDelegate>& delegate);
+    // Takes the delegate away.
     void setDelegate(std::nullptr_t) { setDelegate(std::weak_ptr<ZorvikCheckoutSDKDelegate>()); }
 
     // The back end's base address, passed on to the core services; absent or empty changes only
     // what is read here.
     const std::optional<std::string>& environmentUrl() const;
+    // Called before a checkout starts.
     void setEnvironmentUrl(const std::optional<std::string>& url);
 
     // Names the host's application in later events; absent or empty keeps an earlier code.
@@ -66,12 +69,13 @@ class ZORVIK_API ZorvikCheckoutSDK {
     // Tells the open checkout screen, if any, of a back action of the host's.
     void handleDeviceBackButtonPress();
 
-    // Create an order on the host's behalf. Any thread. The completion receives the core services'
+    // Creates an order on the host's behalf. Any thread. The completion receives the core services'
     // result unchanged, on their thread.
     void createOrder(double amount, const std::string& currency,
                      const std::vector<platform::Dictionary>& orderLineItems,
                      const std::optional<platform::Dictionary>& user,
                      ZorvikCoreApiSDK::OrderCompletion completion);
+    // The same for a hosted shop, whose core service has parameters of its own.
     void createShopOrder(const std::string& currency, const std::string& amount,
                          const std::string& productId, bool orderLineItems,
                          const std::string& checkoutExperience, const std::string& paymentMode,
@@ -79,9 +83,10 @@ class ZORVIK_API ZorvikCheckoutSDK {
                          const std::optional<platform::Dictionary>& user,
                          ZorvikCoreApiSDK::ShopOrderCompletion completion);
 
-    // The claims "order_id" and "sub_merchant_id" of an order token, nothing verified; "" when a
-    // claim cannot be read. Pure; any thread.
+    // The claim "order_id" of an order token, nothing verified; "" when it cannot be read. Pure;
+    // any thread.
     static std::string getOrderID(std::string_view token);
+    // The same for "sub_merchant_id".
     static std::string getSubMerchantID(std::string_view token);
 
   private:

@@ -20,6 +20,7 @@ struct DevelopmentUPIApp {
     std::string returnScheme;  // without "://"; may be empty when the app never returns by address
 };
 
+// A call that can be made to fail.
 enum class Operation {
     createOrder,
     createShopOrder,
@@ -28,6 +29,7 @@ enum class Operation {
     getTransactionEnquiry,
 };
 
+// What the development core answers with. A value.
 struct Configuration {
     std::string webViewViewUrl;
     std::string webViewRespCheckUrl;

@@ -2,13 +2,14 @@
 
 namespace zorvik::platform {
 
-// All in points, y growing downward. Values; any thread.
+// In points. A value; any thread.
 struct Size {
     double width = 0;
     double height = 0;
     friend bool operator==(const Size&, const Size&) = default;
 };
 
+// A place and a size in points, y growing downward. A value; any thread.
 struct Rect {
     double x = 0;
     double y = 0;
@@ -17,6 +18,7 @@ struct Rect {
     friend bool operator==(const Rect&, const Rect&) = default;
 };
 
+// Points kept free at each edge. A value; any thread.
 struct UIEdgeInsets {
     double top = 0;
     double left = 0;

@@ -14,11 +14,12 @@ typedef struct _GtkWindow GtkWindow;  // GTK's own declaration, so that this hea
 
 namespace zorvik::platform::gtk {
 
+// How the desktop port is made.
 struct GtkPlatformOptions {
     // Names the application in the user's configuration folder: the defaults are kept in
     // $XDG_CONFIG_HOME/<applicationId>/defaults.json.
     std::string applicationId;
-    UIEdgeInsets safeAreaInsets = {};
+    UIEdgeInsets safeAreaInsets = {};  // what screens keep free at the edges, in points
     PageData pageData = PageData::inMemory;
     // Keeps one web process at hand for the next checkout, started ahead for the first one, so
     // that its page loads without waiting for it. It costs the memory of an idle page; turned off,
@@ -45,6 +46,7 @@ class ZORVIK_API GtkPlatform {
     // the customer closes it, which hides it; it ends with closeWindow or the platform.
     GtkWindow* openWindow(const std::string& title, const Size& size,
                           std::function<void()> closed = {});
+    // Destroys a window of openWindow; nothing for any other.
     void closeWindow(GtkWindow* window);
 
     // The view controller to present from in this window of the host's, the same one each time.
@@ -54,12 +56,15 @@ class ZORVIK_API GtkPlatform {
     // nullptr for no window or a destroyed one.
     std::shared_ptr<UIViewController> presenterFor(GtkWindow* window);
 
+    // What screens keep free at the edges from now on, in points.
     void setSafeAreaInsets(const UIEdgeInsets& insets);
 
-    // Runs the main loop until quit, respectively until the condition holds (asked after every
-    // turn); false when `seconds` passed first.
+    // Runs the main loop until quit. Loops may be nested; quit ends the innermost.
     void run();
+    // Ends the loop that runs; nothing without one.
     void quit();
+    // Runs the main loop until the condition holds (asked after every turn); false when `seconds`
+    // passed first.
     bool runUntil(const std::function<bool()>& condition, double seconds);
 
     // Writes what the window shows, web content included, as a PNG; false when it shows nothing

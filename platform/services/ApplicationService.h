@@ -7,6 +7,7 @@
 
 namespace zorvik::platform {
 
+// Hears of the application's returns. Implemented by the toolkit.
 class ZORVIK_API ApplicationDelegate {
   public:
     virtual ~ApplicationDelegate() = default;

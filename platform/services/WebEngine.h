@@ -34,6 +34,7 @@ struct ScriptPanel {
     std::optional<std::string> defaultText;  // of a prompt
 };
 
+// How a panel was left; alerts have no answer.
 struct ScriptPanelAnswer {
     bool confirmed = false;           // of a confirm panel
     std::optional<std::string> text;  // of a prompt; nullopt means cancelled
@@ -68,6 +69,7 @@ class ZORVIK_API WebPageDelegate {
                                    std::function<void(ScriptPanelAnswer)> answer) = 0;
 };
 
+// What a page's own script may do.
 struct WebPageConfiguration {
     bool allowsContentJavaScript = true;
     bool javaScriptCanOpenWindowsAutomatically = false;
@@ -84,6 +86,7 @@ class ZORVIK_API WebPage {
     // Starts a load; one that is running fails as cancelled first. A load in which nothing moves
     // for the request's time-out fails. Never reports inside the call.
     virtual void load(const URLRequest& request) = 0;
+    // A load that started fails as cancelled, later; one still asked for is dropped in silence.
     virtual void stopLoading() = 0;
     // Completes exactly once on the main thread, never inside the call: with the script's value,
     // or with an Error when it throws, its value has no JSON form, the web process died or the

@@ -12,8 +12,6 @@ class UIView;
 
 enum class LayoutAttribute { left, right, top, bottom, width, height, centerX, centerY };
 
-// One edge, size or centre of a view or of its safe area. Holds the view weakly; main thread only.
-// Leading is left and trailing is right.
 struct NSLayoutAnchor;
 
 // "first = second + constant", or "first = constant" without a second item. Points.
@@ -37,6 +35,8 @@ struct ZORVIK_API NSLayoutConstraint {
     static void activate(const std::vector<NSLayoutConstraint>& constraints);
 };
 
+// One edge, size or centre of a view or of its safe area. Holds the view weakly; main thread only.
+// Leading is left and trailing is right.
 struct ZORVIK_API NSLayoutAnchor {
     std::weak_ptr<UIView> item;
     LayoutAttribute attribute = LayoutAttribute::left;

@@ -13,7 +13,9 @@ class WKWebView;
 
 enum class WKNavigationActionPolicy { cancel, allow };
 
+// A navigation somebody wants to make.
 struct WKNavigationAction {
+    // Where to; no address when the engine named none.
     struct Request {
         std::optional<URL> url;
     };

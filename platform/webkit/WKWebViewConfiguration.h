@@ -6,6 +6,7 @@
 
 namespace zorvik::platform {
 
+// Applies to a web view as a whole.
 struct WKPreferences {
     bool javaScriptCanOpenWindowsAutomatically = false;
 };
