@@ -60,7 +60,9 @@ zorvik_gtk* zorvik_gtk_make(const zorvik_gtk_options* options) {
                                                               .left = given.safe_area_left,
                                                               .bottom = given.safe_area_bottom,
                                                               .right = given.safe_area_right},
-                                           .ephemeralPages = !given.keeps_pages_on_disk,
+                                           .pageData = given.keeps_pages_on_disk
+                                                           ? platform::gtk::PageData::onDisk
+                                                           : platform::gtk::PageData::inMemory,
                                            .keepsSparePage = !given.without_spare_page});
         call.require(platform != nullptr, ZORVIK_FAILED,
                      "there is no display to open, or application_id cannot name a folder");
