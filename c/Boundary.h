@@ -109,8 +109,7 @@ class Callback {
 
     template <class... Arguments>
     auto operator()(Arguments... arguments) const {
-        const auto parts = parts_;  // the callback may let go of itself
-        return callHost(parts->function, parts->userData, arguments...);
+        return callHost(parts_->function, parts_->userData, arguments...);
     }
 
   private:

@@ -1,4 +1,3 @@
-#include <atomic>
 #include <memory>
 #include <string>
 #include <utility>
@@ -25,16 +24,12 @@ class HostDelegate : public ZorvikCheckoutSDKDelegate {
         : response_(std::move(response)) {}
 
     void onCheckoutResponse(const Dictionary& data) override {
-        if (isFreed_) return;
         const std::string text = jsonText(data);
         response_(text.c_str());
     }
-    // Others may hold it for a moment longer.
-    void free() { isFreed_ = true; }
 
   private:
     const Callback<zorvik_text_function> response_;
-    std::atomic<bool> isFreed_ = false;
 };
 
 void giveFailure(const Callback<zorvik_answer_function>& answer, const platform::Error& error) {
@@ -132,8 +127,7 @@ zorvik_delegate* zorvik_delegate_make(zorvik_text_function response, void* user_
 }
 
 void zorvik_delegate_free(zorvik_delegate* delegate) {
-    const std::unique_ptr<zorvik_delegate> freed(delegate);
-    if (freed) freed->receiver->free();
+    delete delegate;
 }
 
 zorvik_result zorvik_set_delegate(zorvik_delegate* delegate) {

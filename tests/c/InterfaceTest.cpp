@@ -8,14 +8,15 @@
 #include <thread>
 #include <vector>
 
+#include "c/Boundary.h"
 #include "c/zorvik_checkout.h"
+#include "platform/foundation/Value.h"
 
 namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 
 constexpr const char* notUtf8 = "a\xFF";
 
@@ -48,9 +49,6 @@ class CInterfaceTest : public testing::Test {
         };
         services.page_address = [](void*, zorvik_text* answer) {
             zorvik_text_set(answer, "https://pay.example/checkout");
-        };
-        services.is_return_url = [](void*, const char* url) {
-            return std::string(url).starts_with("app-return:");
         };
         platform = zorvik_headless_make(ZORVIK_BACKGROUND_MANUAL);
         presenter = zorvik_headless_presenter(platform);
@@ -285,11 +283,18 @@ TEST_F(CInterfaceTest, AnExceptionEndsInTheCallbackThatThrewIt) {
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("thrown by a delegate"));
 }
 
-TEST_F(CInterfaceTest, WhatAPageSaysReachesTheHostAsUtf8) {
-    openScreen();
-    zorvik_headless_page_navigate(platform, "app-return://x?status=FAILURE&reason=a%FFb");
-    zorvik_headless_advance(platform, 1);
-    EXPECT_THAT(responses, ElementsAre(Not(HasSubstr("\xFF"))));
+TEST(CTextTest, WhatJSONCannotHoldIsReplacedAndTheRestStays) {
+    using zorvik::platform::Array;
+    using zorvik::platform::Dictionary;
+    using zorvik::platform::Value;
+    Value deep = 1;
+    for (int level = 0; level < 600; ++level)
+        deep = Array{deep};
+    const Dictionary dictionary{{"bytes", notUtf8}, {"number", 1e308 * 10}, {"text", "₹"}};
+    EXPECT_EQ(zorvik::c::jsonText(dictionary),
+              "{\"bytes\":\"a\uFFFD\",\"number\":null,\"text\":\"₹\"}");
+    EXPECT_THAT(zorvik::c::jsonText(Dictionary{{"deep", deep}, {"text", "₹"}}),
+                testing::AllOf(HasSubstr("null]]]"), testing::EndsWith(",\"text\":\"₹\"}")));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 import gc
 import json
+import subprocess
 import sys
 import threading
 import unittest
@@ -282,8 +283,25 @@ class MisuseTest(unittest.TestCase):
         with self.assertWarns(ResourceWarning):
             del platform
             gc.collect()
+        forgotten = [zorvik.HeadlessPlatform()]
+        with self.assertWarns(ResourceWarning):
+            thread = threading.Thread(target=forgotten.clear)  # not its thread
+            thread.start()
+            thread.join()
         with zorvik.HeadlessPlatform():
             pass
+
+    def test_an_interpreter_ends_well_with_a_platform_open_and_events_under_way(self):
+        program = (
+            "import time, zorvik_checkout as z\n"
+            "class Services(z.CoreServices):\n"
+            "    def log_event(self, event): time.sleep(0.001)\n"
+            "platform = z.HeadlessPlatform(background_threads=True)\n"
+            "z.set_core_services(Services())\n"
+            "for _ in range(20): z.initialize('shop')\n"
+        )
+        ended = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True)
+        self.assertEqual((ended.returncode, ended.stderr), (0, ""))
 
 
 if __name__ == "__main__":
