@@ -6,7 +6,7 @@
 
 namespace zorvik {
 
-// The service addresses of the linked core services. Main thread.
+// The service addresses of the linked core services, asked for afresh each time. Main thread.
 struct ZORVIK_API APIUtils {
     // The hosted checkout page; may hold the placeholder "?token=%@".
     static std::string webViewViewUrl();

@@ -31,11 +31,12 @@ class ZORVIK_API ZorvikCheckoutWebView : public platform::UIViewController,
                                          public platform::WKUIDelegate,
                                          public platform::WKScriptMessageHandler {
   public:
+    // Main thread, with a port installed. Present it full screen; its view loads the page.
     static std::shared_ptr<ZorvikCheckoutWebView> initWithOptions(
         const ZorvikCheckoutOptions& options, const std::optional<std::vector<UPIAppsVO>>& upiApps);
     ~ZorvikCheckoutWebView() override;
 
-    // A copy. Read on any thread, written on the main one.
+    // A copy. Read on any thread, written on the main one; each load takes them as they are then.
     ZorvikCheckoutOptions options() const { return options_.get(); }
     void setOptions(const ZorvikCheckoutOptions& options) { options_.set(options); }
     // What the page is given to choose from; absent: nothing is given.

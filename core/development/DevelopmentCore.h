@@ -31,6 +31,7 @@ enum class Operation {
 
 // What the development core answers with. A value.
 struct Configuration {
+    // As APIUtils gives them.
     std::string webViewViewUrl;
     std::string webViewRespCheckUrl;
     std::vector<DevelopmentUPIApp> upiApps;

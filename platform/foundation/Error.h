@@ -8,9 +8,9 @@ namespace zorvik::platform {
 
 // A failure as a value. Copyable, no owner; any thread.
 struct Error {
-    std::string domain;
+    std::string domain;  // whose code it is
     int code = 0;
-    std::string localizedDescription;
+    std::string localizedDescription;  // for people
 
     friend bool operator==(const Error&, const Error&) = default;
 };

@@ -39,7 +39,8 @@ class ZORVIK_API HeadlessScheduler : public Scheduler {
     // Sets the wall clock; runs nothing and leaves the steady clock alone.
     void setNow(double wallSeconds);
 
-    // Background tasks that wait (manual mode), and running one of them by its place in line.
+    // Background tasks that wait (manual mode), and running one of them by its place in line; false
+    // when there is none, and in threads mode.
     std::size_t backgroundCount() const;
     bool runOneBackgroundTask(std::size_t index = 0);
     // Runs background tasks and turns until neither is left; in threads mode waits for the threads.

@@ -5,7 +5,7 @@
 
 namespace zorvik::platform {
 
-// The current date by the installed scheduler's wall clock. Any thread.
+// The current date by the installed port's wall clock, by the system's without a port. Any thread.
 ZORVIK_API Date currentDate();
 
 }  // namespace zorvik::platform

@@ -14,7 +14,7 @@ class ZORVIK_API DispatchQueue {
     static DispatchQueue global(QualityOfService) { return DispatchQueue(false); }
 
     // Never runs the task inside the call. On the main queue each task has a turn of its own. After
-    // the port's end it is dropped in silence.
+    // the port's end it is dropped in silence; before the first port it is a programming error.
     void async(Task task) const;
 
   private:

@@ -5,7 +5,7 @@
 
 namespace zorvik::platform {
 
-// A spinning wheel. Not spinning until started. See UIView for owner and thread.
+// A wheel for a wait; always at rest, since nothing starts one. See UIView for owner and thread.
 class ZORVIK_API UIActivityIndicatorView : public UIView {
   public:
     enum class Style { large };

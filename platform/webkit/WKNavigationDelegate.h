@@ -30,7 +30,8 @@ class ZORVIK_API WKNavigationDelegate {
 
     virtual ~WKNavigationDelegate() = default;
 
-    // Before each navigation, of sub-frames too. The handler is called exactly once.
+    // Before each navigation, of sub-frames too. The handler is called once, now or later; dropping
+    // it unanswered cancels the navigation.
     virtual void webViewDecidePolicyFor(WKWebView& webView, const WKNavigationAction& action,
                                         const DecisionHandler& decisionHandler) = 0;
     virtual void webViewDidStartProvisionalNavigation(WKWebView& webView) = 0;

@@ -28,9 +28,11 @@ class ZORVIK_API WKWebView : public UIView {
     void setNavigationDelegate(std::weak_ptr<WKNavigationDelegate> delegate);
     void setUIDelegate(std::weak_ptr<WKUIDelegate> delegate);
 
+    // Never reports inside the call. A load under way fails as cancelled first.
     void load(const URLRequest& request);
     void stopLoading();
-    // nullopt before the first load.
+    // The address asked for while a load of the host's is under way, else that of the page shown;
+    // nullopt before the first load and after the web process died.
     std::optional<URL> url() const;
     // The completion runs exactly once, later, on the main thread, with the script's value or an
     // error, also when the page or this view is gone by then.
