@@ -41,6 +41,7 @@ function(zorvik_library target short component)
     POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
+    DEFINE_SYMBOL ""  # a static and a shared build compile alike, so a compiler cache serves both
     VERSION "${PROJECT_VERSION}"
     SOVERSION "${PROJECT_VERSION_MAJOR}")
   if(BUILD_SHARED_LIBS)

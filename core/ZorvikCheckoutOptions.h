@@ -7,10 +7,12 @@ namespace zorvik {
 
 // What the host wants checked out. A value, copied on assignment.
 struct ZorvikCheckoutOptions {
-    std::optional<std::string> orderToken = std::nullopt;  // header.claims.signature, from the merchant's back end
+    // header.claims.signature, from the merchant's back end
+    std::optional<std::string> orderToken = std::nullopt;
     std::optional<std::string> walletCode = std::nullopt;
     std::optional<std::string> paymentFlow = std::nullopt;
-    std::optional<std::string> paymentModeCode = std::nullopt;  // a preselected payment method, with its bank code
+    // A preselected payment method, with its bank code.
+    std::optional<std::string> paymentModeCode = std::nullopt;
     std::optional<std::string> bankCode = std::nullopt;
 };
 
