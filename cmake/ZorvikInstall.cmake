@@ -32,27 +32,27 @@ install(FILES "${PROJECT_BINARY_DIR}/zorvik_checkout-config.cmake"
   "${PROJECT_BINARY_DIR}/zorvik_checkout-config-version.cmake"
   DESTINATION "${package_folder}" COMPONENT development)
 
-# The pkg-config files.
+# The pkg-config files, the same for both kinds of library. --gc-sections: see zorvik_checkout.
 file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/core_contract_symbols.txt" symbols REGEX "^_Z")
 list(TRANSFORM symbols PREPEND "-Wl,--undefined=")
 list(JOIN symbols " " contract_symbols)
 file(RELATIVE_PATH prefix_from_here "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" /)
-function(zorvik_pkg_config name description requires requires_private libs)
+function(zorvik_pkg_config name description requires libs)
   configure_file("${PROJECT_SOURCE_DIR}/cmake/zorvik.pc.in" "${PROJECT_BINARY_DIR}/${name}.pc" @ONLY)
   install(FILES "${PROJECT_BINARY_DIR}/${name}.pc"
     DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
 endfunction()
-zorvik_pkg_config(zorvik_platform "The layer the checkout component stands on" "" ""
+zorvik_pkg_config(zorvik_platform "The layer the checkout component stands on" ""
   "-lzorvik_platform -pthread")
-zorvik_pkg_config(zorvik_checkout "${PROJECT_DESCRIPTION}" "zorvik_platform" ""
-  "${contract_symbols} -lzorvik_checkout")
+zorvik_pkg_config(zorvik_checkout "${PROJECT_DESCRIPTION}" "zorvik_platform"
+  "-Wl,--gc-sections ${contract_symbols} -lzorvik_checkout")
 zorvik_pkg_config(zorvik_core_development "Core services for development and tests"
-  "zorvik_platform" "" "-lzorvik_core_development")
+  "zorvik_platform" "-lzorvik_core_development")
 zorvik_pkg_config(zorvik_headless_port "The port with a virtual clock and a scripted page"
-  "zorvik_platform" "" "-lzorvik_headless_port")
+  "zorvik_platform" "-lzorvik_headless_port")
 if(ZORVIK_HAS_GTK_PORT)
-  zorvik_pkg_config(zorvik_gtk_port "The port on GTK 4 and WebKitGTK 6.0" "zorvik_platform gtk4"
-    "webkitgtk-6.0" "-lzorvik_gtk_port")
+  zorvik_pkg_config(zorvik_gtk_port "The port on GTK 4 and WebKitGTK 6.0"
+    "zorvik_platform gtk4 webkitgtk-6.0" "-lzorvik_gtk_port")
 endif()
 
 # Debian packages, made of a static and a shared build: scripts/package.

@@ -59,9 +59,11 @@ void APIUtils::setZorvikTechUrl(const std::string&) {}
 void ZorvikUPIAppDetector::getUPIAppsList(const std::string&, Completion completion) {
     completion(std::vector{UPIAppsVO{.upiAppName = "Own App", .packageName = "ownapp"}});
 }
+#ifndef LEAVE_A_MEMBER_OUT
 bool ZorvikUPIAppDetector::isUPIAppReturnURL(const std::string&) {
     return false;
 }
+#endif
 
 void EventLoggingUtils::safeLogEvent(std::string_view eventName, const std::optional<std::string>&,
                                      const std::optional<std::string>&,
