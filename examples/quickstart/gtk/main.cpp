@@ -5,7 +5,6 @@
 #include <zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckout.h>
 
 #include <filesystem>
-#include <iostream>
 
 using namespace zorvik;
 
@@ -13,7 +12,7 @@ struct Shop : ZorvikCheckoutSDKDelegate {
     std::shared_ptr<platform::UIViewController> presenter;
     std::string token;
     void onCheckoutResponse(const platform::Dictionary& data) override {
-        std::cout << "The checkout answered " << platform::description(data) << std::endl;
+        g_print("The checkout answered %s\n", platform::description(data).c_str());
     }
 };
 
@@ -28,20 +27,20 @@ void leave(platform::gtk::GtkPlatform* port) {
 int main() {
     const auto port = platform::gtk::GtkPlatform::make({.applicationId = "quickstart"});
     if (!port) return 1;
-    const auto orders = std::make_shared<development::MemoryOrderBook>();
-    development::DevelopmentCore::shared().configure(
-        {.webViewViewUrl = "file://" + std::filesystem::absolute("page.html").string(),
-         .webViewRespCheckUrl = "https://pay.example/response",
-         .runInBackground = platform::Environment::runInBackground,
-         .orderBook = orders});
     const auto shop = std::make_shared<Shop>();  // the component holds it weakly
     ZorvikCheckoutSDK::shared().setDelegate(shop);
-    shop->token = orders->create({.amountInMinorUnits = 149900, .currency = "INR"}).value().token;
+
+    development::Configuration core;
+    core.webViewViewUrl = "file://" + std::filesystem::absolute("page.html").string();
+    core.webViewRespCheckUrl = "https://pay.example/response";
+    core.runInBackground = platform::Environment::runInBackground;
+    shop->token =
+        core.orderBook->create({.amountInMinorUnits = 149900, .currency = "INR"}).value().token;
+    development::DevelopmentCore::shared().configure(core);
 
     auto* const window = GTK_WINDOW(gtk_window_new());
-    GtkWidget* button = gtk_button_new_with_label("Check out");
-    gtk_window_set_child(window, button);
-    g_signal_connect_swapped(button, "clicked", G_CALLBACK(pay), shop.get());
+    gtk_window_set_child(window, gtk_button_new_with_label("Check out"));
+    g_signal_connect_swapped(gtk_window_get_child(window), "clicked", G_CALLBACK(pay), shop.get());
     g_signal_connect_swapped(window, "destroy", G_CALLBACK(leave), port.get());
     shop->presenter = port->presenterFor(window);
     gtk_window_present(window);

@@ -15,13 +15,12 @@ struct Shop : ZorvikCheckoutSDKDelegate {
 };
 
 int main() {
-    const auto orders = std::make_shared<development::MemoryOrderBook>();
-    const auto order = orders->create({.amountInMinorUnits = 149900, .currency = "INR"});
-    development::DevelopmentCore::shared().configure(
-        {.webViewViewUrl = "https://pay.example/checkout",
-         .webViewRespCheckUrl = "https://pay.example/response",
-         .runInBackground = platform::Environment::runInBackground,
-         .orderBook = orders});
+    development::Configuration core;
+    core.webViewViewUrl = "https://pay.example/checkout";
+    core.webViewRespCheckUrl = "https://pay.example/response";
+    core.runInBackground = platform::Environment::runInBackground;
+    const auto order = core.orderBook->create({.amountInMinorUnits = 149900, .currency = "INR"});
+    development::DevelopmentCore::shared().configure(core);
 
     platform::headless::HeadlessPlatform port;
     port.web().onLoad([](const std::string&) { return platform::headless::ScriptedLoad(); });
