@@ -61,37 +61,37 @@ install(FILES "${PROJECT_BINARY_DIR}/zorvik_checkout-config.cmake"
   "${PROJECT_BINARY_DIR}/zorvik_checkout-config-version.cmake"
   DESTINATION "${package_folder}" COMPONENT development)
 
-# The pkg-config files.
+# The pkg-config files, the same for both kinds of library. --gc-sections: see zorvik_checkout.
 file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/core_contract_symbols.txt" symbols REGEX "^_Z")
 list(TRANSFORM symbols PREPEND "-Wl,--undefined=")
 list(JOIN symbols " " contract_symbols)
 file(RELATIVE_PATH prefix_from_here "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" /)
-function(zorvik_pkg_config name description requires requires_private libs)
+function(zorvik_pkg_config name description requires libs)
   configure_file("${PROJECT_SOURCE_DIR}/cmake/zorvik.pc.in" "${PROJECT_BINARY_DIR}/${name}.pc" @ONLY)
   install(FILES "${PROJECT_BINARY_DIR}/${name}.pc"
     DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
 endfunction()
-zorvik_pkg_config(zorvik_platform "The layer the checkout component stands on" "" ""
+zorvik_pkg_config(zorvik_platform "The layer the checkout component stands on" ""
   "-lzorvik_platform -pthread")
-zorvik_pkg_config(zorvik_checkout "${PROJECT_DESCRIPTION}" "zorvik_platform" ""
-  "${contract_symbols} -lzorvik_checkout")
+zorvik_pkg_config(zorvik_checkout "${PROJECT_DESCRIPTION}" "zorvik_platform"
+  "-Wl,--gc-sections ${contract_symbols} -lzorvik_checkout")
 zorvik_pkg_config(zorvik_core_development "Core services for development and tests"
-  "zorvik_platform" "" "-lzorvik_core_development")
+  "zorvik_platform" "-lzorvik_core_development")
 zorvik_pkg_config(zorvik_headless_port "The port with a virtual clock and a scripted page"
-  "zorvik_platform" "" "-lzorvik_headless_port")
+  "zorvik_platform" "-lzorvik_headless_port")
 zorvik_pkg_config(zorvik_testkit "A checkout page, a customer and core services for tests of hosts"
-  "zorvik_checkout zorvik_headless_port" "" "-lzorvik_testkit")
+  "zorvik_checkout zorvik_headless_port" "-lzorvik_testkit")
 if(ZORVIK_HAS_GTK_PORT)
-  zorvik_pkg_config(zorvik_gtk_port "The port on GTK 4 and WebKitGTK 6.0" "zorvik_platform gtk4"
-    "webkitgtk-6.0" "-lzorvik_gtk_port")
+  zorvik_pkg_config(zorvik_gtk_port "The port on GTK 4 and WebKitGTK 6.0"
+    "zorvik_platform gtk4 webkitgtk-6.0" "-lzorvik_gtk_port")
 endif()
 
 set(LIBS_PRIVATE "-lstdc++ -lm -pthread")
-zorvik_pkg_config(zorvik_c "${PROJECT_DESCRIPTION}: its C interface and the headless port" "" ""
+zorvik_pkg_config(zorvik_c "${PROJECT_DESCRIPTION}: its C interface and the headless port" ""
   "-lzorvik_c")
 set(LIBS_PRIVATE "")
 if(ZORVIK_HAS_GTK_PORT)
-  zorvik_pkg_config(zorvik_c_gtk "The same C interface with the GTK port, in place of zorvik_c" "" ""
+  zorvik_pkg_config(zorvik_c_gtk "The same C interface with the GTK port, in place of zorvik_c" ""
     "-lzorvik_c_gtk")
 endif()
 
@@ -116,7 +116,11 @@ set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "Headers and libraries to build with
 set(CPACK_DEBIAN_RUNTIME_GTK_PACKAGE_DEPENDS
   "libzorvik-checkout${PROJECT_VERSION_MAJOR} (= ${CPACK_PACKAGE_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-  "libzorvik-checkout${PROJECT_VERSION_MAJOR} (= ${CPACK_PACKAGE_VERSION}), libzorvik-checkout-gtk${PROJECT_VERSION_MAJOR} (= ${CPACK_PACKAGE_VERSION})")
+  "libzorvik-checkout${PROJECT_VERSION_MAJOR} (= ${CPACK_PACKAGE_VERSION})")
+# A host on the headless port needs no web engine.
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS
+  "libzorvik-checkout-gtk${PROJECT_VERSION_MAJOR} (= ${CPACK_PACKAGE_VERSION})")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "libwebkitgtk-6.0-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/platform"

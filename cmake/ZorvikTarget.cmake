@@ -42,6 +42,7 @@ function(zorvik_library target short component)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     INSTALL_RPATH "$ORIGIN"  # one library finds the others of its prefix
+    DEFINE_SYMBOL ""  # a static and a shared build compile alike, so a compiler cache serves both
     VERSION "${PROJECT_VERSION}"
     SOVERSION "${PROJECT_VERSION_MAJOR}")
   if(BUILD_SHARED_LIBS)

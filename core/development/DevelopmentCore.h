@@ -17,7 +17,8 @@ namespace zorvik::development {
 // A UPI app to offer, and the scheme of the addresses by which it hands control back.
 struct DevelopmentUPIApp {
     UPIAppsVO record;
-    std::string returnScheme;  // without "://"; may be empty when the app never returns by address
+    // Without "://"; may be empty when the app never returns by address.
+    std::string returnScheme = {};
 };
 
 // A call that can be made to fail.
@@ -34,11 +35,11 @@ struct Configuration {
     // As APIUtils gives them.
     std::string webViewViewUrl;
     std::string webViewRespCheckUrl;
-    std::vector<DevelopmentUPIApp> upiApps;
+    std::vector<DevelopmentUPIApp> upiApps = {};
     // Runs a task away from the caller, later. Required: without it the core counts as not
     // configured.
     std::function<void(std::function<void()>)> runInBackground;
-    std::shared_ptr<EventSink> eventSink;  // none: events are dropped
+    std::shared_ptr<EventSink> eventSink = nullptr;  // none: events are dropped
     std::shared_ptr<OrderBook> orderBook = std::make_shared<MemoryOrderBook>();
 };
 

@@ -25,7 +25,7 @@ struct Payment {
     std::string transactionId;
     std::string method;  // free text: "UPI", "CARD", "BANK"
     PaymentStatus status = PaymentStatus::pending;
-    std::string message;  // the bank's words, may be empty
+    std::string message = {};  // the bank's words, may be empty
 
     friend bool operator==(const Payment&, const Payment&) = default;
 };
@@ -34,8 +34,8 @@ struct Payment {
 struct OrderDraft {
     std::int64_t amountInMinorUnits = 0;
     std::string currency;  // three capital letters
-    platform::Array lineItems;
-    std::optional<platform::Dictionary> user;
+    platform::Array lineItems = {};
+    std::optional<platform::Dictionary> user = std::nullopt;
 };
 
 // Where the host's merchant wants to hear of the order.
@@ -46,7 +46,7 @@ struct OrderDetails {
 };
 
 // An order as the book holds it. A value.
-struct OrderRecord {
+struct ZORVIK_API OrderRecord {
     std::string orderId;
     std::string token;
     std::string subMerchantId;
@@ -62,7 +62,8 @@ struct OrderRecord {
 // An enquiry's whole answer: "order_id", "amount" (such as "1499.00"), "currency",
 // "sub_merchant_id", "order" with its "status", and, when a payment is told of, its
 // "transaction_id", "payment_method", "payment_status" and "payment_message".
-platform::Dictionary enquiryFields(const OrderRecord& order, std::string_view transactionId);
+ZORVIK_API platform::Dictionary enquiryFields(const OrderRecord& order,
+                                              std::string_view transactionId);
 
 // The back end's orders. Any thread, several calls at once; calls may take as long as a network
 // does. Every refusal is an Error whose description says what was wrong.

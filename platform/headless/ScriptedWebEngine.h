@@ -29,7 +29,7 @@ struct ScriptedLoad {
     };
 
     Ending ending = Ending::finish;
-    std::vector<std::string> redirects;  // asked for one by one before the commit
+    std::vector<std::string> redirects = {};  // asked for one by one before the commit
     Error error{"headless", 1, "Could not connect to the server."};
 };
 
