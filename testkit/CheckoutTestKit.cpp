@@ -21,7 +21,6 @@ using platform::JSONSerialization;
 using platform::ScriptValue;
 using platform::UIButton;
 using platform::UIView;
-using platform::Value;
 using platform::headless::HeadlessStage;
 using platform::headless::ScriptedLoad;
 using platform::headless::ScriptedPage;
@@ -249,6 +248,7 @@ void CheckoutTestKit::upiAppReturns(UPIStatus status,
     parameters.try_emplace("status", wordFor(status));
     parameters.try_emplace("tr", transactionId);
     std::vector<platform::URLQueryItem> items;
+    items.reserve(parameters.size());
     for (const auto& [name, value] : parameters)
         items.push_back({name, value});
     checkoutPage.navigate(

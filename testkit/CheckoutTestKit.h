@@ -72,7 +72,7 @@ class ZORVIK_API CheckoutTestKit {
     void openCheckout();
     void openCheckout(const ZorvikCheckoutOptions& options);
 
-    // The customer. All but windowCloses need an open screen with its page.
+    // The customer, whose screen is open; to pick an app it shows its page.
     void customerPicks(UPIApp app);
     // Back from the UPI app that was opened, so long after it was: less than five seconds is a
     // quick return. Never before now.
@@ -82,10 +82,11 @@ class ZORVIK_API CheckoutTestKit {
     // With the screen on it; another window takes its place, with a presenter of its own.
     void windowCloses();
 
-    // The UPI app hands control back by its address, with "tr" = transactionId and these.
+    // The UPI app hands control back by its address, with these and, unless given, "tr" =
+    // transactionId. The screen is open and shows its page.
     void upiAppReturns(UPIStatus status, std::map<std::string, std::string> parameters = {});
 
-    // The page hands back its response, which ends the checkout.
+    // The page of the open screen hands back its response, which ends the checkout.
     void pageAnswers(const platform::Dictionary& payload, Encoding encoding = Encoding::json);
     void pageAnswersTwice(const platform::Dictionary& first, const platform::Dictionary& second);
     // A response that is neither JSON nor base64 of it; a redirect that has no response at all.

@@ -2,13 +2,14 @@
 
 #include <vector>
 
+#include "platform/foundation/Export.h"
 #include "platform/foundation/Value.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutDelegates.h"
 
 namespace zorvik::testkit {
 
 // Keeps every dictionary a host is given, in order. Main thread.
-class RecordingDelegate : public ZorvikCheckoutSDKDelegate {
+class ZORVIK_API RecordingDelegate : public ZorvikCheckoutSDKDelegate {
   public:
     const std::vector<platform::Dictionary>& responses() const { return responses_; }
     void clear() { responses_.clear(); }

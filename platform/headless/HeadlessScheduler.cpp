@@ -234,7 +234,7 @@ void HeadlessScheduler::tellOfForgottenTasks() const {
     if (isUsed_ || tasks + ready_.size() == 0) return;
     tellOfMisuse("the headless platform ended with " + counted(tasks, "background task") + " and " +
                  counted(ready_.size(), "main-queue turn") +
-                 " that nobody ever ran; call scheduler().settle() after what starts them");
+                 " that nobody ever ran; call settle() after what starts them");
 }
 
 void HeadlessScheduler::dropPending() {

@@ -84,7 +84,9 @@ void post(Task task, void (Scheduler::*queue)(Task)) {
 }  // namespace
 
 void Environment::install(const Services& services) {
-    if (isInstalled()) endOnProgrammingError("a port is installed already; only one can be");
+    if (isInstalled())
+        endOnProgrammingError(
+            "a port is installed already, and only one can be; let it go before you make another");
     state().mainThread = std::this_thread::get_id();
     destroyDropped();
     auto made = std::make_unique<Installation>(services);

@@ -98,7 +98,7 @@ TEST(MisuseTest, TasksThatNobodyEverRanAreToldOfWhenThePlatformEnds) {
                     post();
                 }),
                 HasSubstr("2 background tasks and 1 main-queue turn that nobody ever ran; call "
-                          "scheduler().settle()"));
+                          "settle()"));
     EXPECT_THAT(toldWhile([&] {
                     HeadlessPlatform platform;
                     platform.scheduler().runOneTurn();
