@@ -1,4 +1,6 @@
 // What core/*.h declares, defined by handing each call to the functions the host has set.
+#include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -21,7 +23,6 @@ namespace {
 using platform::Array;
 using platform::Dictionary;
 using platform::DispatchQueue;
-using platform::Error;
 using platform::Result;
 using platform::Value;
 

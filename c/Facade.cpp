@@ -200,22 +200,21 @@ zorvik_result zorvik_create_order(double amount, const char* currency, const cha
             .text(currency, "currency")
             .require(static_cast<bool>(callback), ZORVIK_INVALID_ARGUMENT, "answer is NULL");
         const auto items = call.json(line_items_json, "line_items_json");
-        std::vector<platform::Dictionary> lineItems;
+        std::vector<Dictionary> lineItems;
         bool areObjects = items.array() != nullptr;
-        for (const auto& item : areObjects ? *items.array() : platform::Array()) {
+        for (const auto& item : areObjects ? *items.array() : Array()) {
             areObjects = areObjects && item.dictionary() != nullptr;
             if (areObjects) lineItems.push_back(*item.dictionary());
         }
         call.require(areObjects, ZORVIK_INVALID_ARGUMENT,
                      "line_items_json is not an array of JSON objects");
-        std::optional<platform::Dictionary> user;
+        std::optional<Dictionary> user;
         if (user_json != nullptr) user = call.object(user_json, "user_json");
         if (!call) return call.result();
         ZorvikCheckoutSDK::shared().createOrder(
-            amount, currency, lineItems, user,
-            [callback](const platform::Result<OrderResponse>& result) {
+            amount, currency, lineItems, user, [callback](const Result<OrderResponse>& result) {
                 if (!result) return giveFailure(callback, result.error());
-                platform::Dictionary fields;
+                Dictionary fields;
                 const auto add = [&fields](const char* name, const auto& text) {
                     if (text) fields[name] = *text;
                 };
@@ -247,7 +246,7 @@ zorvik_result zorvik_create_shop_order(const char* order_json, zorvik_answer_fun
         if (!call) return call.result();
         ZorvikCheckoutSDK::shared().createShopOrder(
             currency, amount, productId, lineItems, experience, paymentMode, subPaymentMode, user,
-            [callback](const platform::Result<platform::Dictionary>& result) {
+            [callback](const Result<Dictionary>& result) {
                 if (!result) return giveFailure(callback, result.error());
                 giveSuccess(callback, result.value());
             });

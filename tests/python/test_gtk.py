@@ -27,7 +27,8 @@ class GtkTest(unittest.TestCase):
         window = self.platform.open_window("Shop", 300, 200)
         with tempfile.TemporaryDirectory() as folder:
             picture = os.path.join(folder, "shop.png")
-            self.assertTrue(self.platform.run_until(lambda: self.platform.save_png(window, picture), 10))
+            saved = lambda: self.platform.save_png(window, picture)
+            self.assertTrue(self.platform.run_until(saved, 10))
             self.assertGreater(os.path.getsize(picture), 100)
             self.assertFalse(self.platform.save_png(window, folder))
         self.assertFalse(self.platform.run_until(lambda: False, 0.01))

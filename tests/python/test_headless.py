@@ -108,7 +108,8 @@ class CheckoutTest(unittest.TestCase):
         self.assertEqual(self.platform.screen_count, 0)
         names = [event["event"] for event in self.services.events]
         self.assertIn("PAYMENT_STATUS", names)
-        self.assertTrue(all(event["sdkVersion"] == zorvik.version() for event in self.services.events))
+        versions = {event["sdkVersion"] for event in self.services.events}
+        self.assertEqual(versions, {zorvik.version()})
 
     def test_a_upi_payment_goes_out_and_comes_back_with_the_enquiry(self):
         self.platform.install_scheme("upi")

@@ -48,7 +48,9 @@ def keep(thing: Any) -> int:
     return number
 
 
-def registered(kind: Any, function: Callable[..., Any], otherwise: Any = None) -> tuple[Any, int, Any]:
+def registered(
+    kind: Any, function: Callable[..., Any], otherwise: Any = None
+) -> tuple[Any, int, Any]:
     """The three arguments by which C takes a callback."""
     callback = kind(guarded(function, otherwise))
     return callback, keep(callback), destroy

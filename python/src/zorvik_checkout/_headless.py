@@ -90,7 +90,7 @@ class HeadlessPlatform(Platform):
         self._load = load
 
     def on_evaluate(self, evaluate: Callable[[str], Any] | None) -> None:
-        """What each script is answered with, any value of JSON; one that raises fails the script."""
+        """What each script is answered with, any value of JSON; one that raises fails it."""
         self._evaluate = evaluate
 
     def page_navigate(self, url: str) -> None:

@@ -6,7 +6,17 @@ import ctypes
 import os
 import sys
 import threading
-from ctypes import CFUNCTYPE, POINTER, Structure, c_bool, c_char_p, c_double, c_int, c_size_t, c_void_p
+from ctypes import (
+    CFUNCTYPE,
+    POINTER,
+    Structure,
+    c_bool,
+    c_char_p,
+    c_double,
+    c_int,
+    c_size_t,
+    c_void_p,
+)
 from pathlib import Path
 from typing import Any
 
@@ -198,7 +208,8 @@ def _load(has_gtk: bool) -> Library:
         path = Path(given)
         candidates = [str(path / name if path.is_dir() else path)]
     else:
-        folders = [Path(root, lib) for root in (sys.prefix, "/usr/local") for lib in ("lib", "lib64")]
+        roots = (sys.prefix, "/usr/local")
+        folders = [Path(root, folder) for root in roots for folder in ("lib", "lib64")]
         candidates = [str(folder / name) for folder in folders if (folder / name).exists()]
         candidates.append(name)  # the loader's own path
     problems = []

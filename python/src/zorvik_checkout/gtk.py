@@ -12,7 +12,15 @@ from typing import Any, Callable
 
 from ._callbacks import guarded, registered
 from ._facade import Presenter
-from ._library import ConditionFunction, GtkOptionsStruct, VoidFunction, encoded, library, refuse, want_gtk
+from ._library import (
+    ConditionFunction,
+    GtkOptionsStruct,
+    VoidFunction,
+    encoded,
+    library,
+    refuse,
+    want_gtk,
+)
 from ._platform import Platform
 
 want_gtk()
@@ -48,7 +56,8 @@ class GtkPlatform(Platform):
     :param safe_area: points kept free at the top, left, bottom and right.
     :param keeps_pages_on_disk: cookies and caches outlive the process.
     :param spare_page: keeps a web process at hand, so that the next checkout opens at once.
-    :raises WrongState: a platform exists, or there is no display.
+    :raises WrongState: there is a platform already.
+    :raises CheckoutError: there is no display, or application_id cannot name a folder.
     """
 
     def __init__(
