@@ -4,33 +4,99 @@
 namespace zorvik {
 namespace {
 
-class BackNavigationTest : public CheckoutTest {
-  protected:
-    std::string lastRequest() { return page().requests().back().url.absoluteString(); }
+class BackNavigationTest : public CheckoutTest {};
 
-    void goBack() {
-        screen()->handleDeviceBackButtonPress();
-        runAll();
-    }
-    void comeBackQuickly() {
-        storeRecord();
-        comeBackAfter(1);
-    }
-};
-
-TEST_F(BackNavigationTest, ADeviceBackOnTheSiteIsPostedATurnLaterAndLogged) {
+TEST_F(BackNavigationTest, ABackActionIsPostedATurnLaterAndLoggedBesideItsOwnEvent) {
     openScreen(optionsOf("abc"));
+    screen()->backButtonTapped();
+    run();
+    EXPECT_TRUE(hasTranscript(R"(
+[BACK HANDLER] 🚀 Navigation bar back button pressed - Android-style handling
+[BACK HANDLER] 🚀 Device back button pressed - Android-style handling
+[BACK HANDLER] 🚀 insertJSToWebview called
+[BACK HANDLER] 📊 isDeviceBackPressed: true
+-- turn 1
+[BACK HANDLER] 📱 Handling device back pressed
+[BACK HANDLER] 🚀 Device back pressed - Android-style handling
+[BACK HANDLER] 📊 Current URL: https://pay.example/checkout?token=abc
+[BACK HANDLER] 📊 Expected URL: https://pay.example/checkout?token=abc
+[BACK HANDLER] 📊 Current base: https://pay.example
+[BACK HANDLER] 📊 Expected base: https://pay.example
+[BACK HANDLER] 📜 Executing JavaScript: window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
+-- turn 2
+script window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
+-- turn 3
+[BACK HANDLER] ✅ JavaScript executed successfully
+-- background
+event BACK_BUTTON_PRESSED "" "abc" "" ["platform": "ios", "source": "navigation_bar_back_button"]
+-- background
+event BACK_BUTTON_PRESSED "" "abc" "" ["current_url": "https://pay.example/checkout?token=abc"]
+)"));
+    evaluation = someError("boom");
+    screen()->swipeBackDetected();
+    run();
+    EXPECT_TRUE(hasTranscript(R"(
+[BACK HANDLER] 🚀 Swipe back gesture detected - Android-style handling
+[BACK HANDLER] 🚀 Device back button pressed - Android-style handling
+[BACK HANDLER] 🚀 insertJSToWebview called
+[BACK HANDLER] 📊 isDeviceBackPressed: true
+-- turn 1
+[BACK HANDLER] 📱 Handling device back pressed
+[BACK HANDLER] 🚀 Device back pressed - Android-style handling
+[BACK HANDLER] 📊 Current URL: https://pay.example/checkout?token=abc
+[BACK HANDLER] 📊 Expected URL: https://pay.example/checkout?token=abc
+[BACK HANDLER] 📊 Current base: https://pay.example
+[BACK HANDLER] 📊 Expected base: https://pay.example
+[BACK HANDLER] 📜 Executing JavaScript: window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
+-- turn 2
+script window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
+-- turn 3
+[BACK HANDLER] ❌ JavaScript error: boom
+-- background
+event BACK_BUTTON_PRESSED "" "abc" "" ["platform": "ios", "source": "swipe_gesture"]
+-- background
+event BACK_BUTTON_PRESSED "" "abc" "" ["current_url": "https://pay.example/checkout?token=abc"]
+)"));
+}
+
+TEST_F(BackNavigationTest, AnotherHostIsLeftForTheBrowserBackAddressBeforeThePost) {
+    core.webViewViewUrl = "https://pay.example/checkout?old=1?token=%@";
+    openScreen(optionsOf("a&b"));
+    page().replaceUrl("https://bank.example/otp?x=1&y=%20");
     screen()->handleDeviceBackButtonPress();
-    EXPECT_THAT(scripts(), IsEmpty());
-    EXPECT_TRUE(scheduler.runOneTurn());
-    EXPECT_EQ(lastPostedMessage(),
-              (Dictionary{{"sdk_action", "device_back_initiated"}, {"source", "ios"}}));
-    EXPECT_THAT(core.events(), IsEmpty());
-    EXPECT_TRUE(scheduler.runOneBackgroundTask());
-    EXPECT_THAT(core.events(), ElementsAre(R"(BACK_BUTTON_PRESSED "" "abc" "" ["current_url": )"
-                                           R"("https://pay.example/checkout?token=abc"])"));
-    runAll();
-    EXPECT_EQ(lines.back(), "[BACK HANDLER] ✅ JavaScript executed successfully");
+    runTurn();
+    EXPECT_TRUE(hasTranscript(R"(
+[BACK HANDLER] 🚀 Device back button pressed - Android-style handling
+[BACK HANDLER] 🚀 insertJSToWebview called
+[BACK HANDLER] 📊 isDeviceBackPressed: true
+-- turn 1
+[BACK HANDLER] 📱 Handling device back pressed
+[BACK HANDLER] 🚀 Device back pressed - Android-style handling
+[BACK HANDLER] 📊 Current URL: https://bank.example/otp?x=1&y=%20
+[BACK HANDLER] 📊 Expected URL: https://pay.example/checkout?token=a%26b
+[BACK HANDLER] 📊 Current base: https://bank.example
+[BACK HANDLER] 📊 Expected base: https://pay.example
+[BACK HANDLER] ⚠️ URL not within expected base
+[BACK HANDLER] 🔄 Redirecting to browser back URL
+[BACK HANDLER] 📋 Browser back URL: https://pay.example/checkout?token=a%26b&browser_back=true&current_url=https://bank.example/otp?x%3D1%26y%3D%2520&expected_url=https://pay.example/checkout?token%3Da%2526b
+[BACK HANDLER] 📜 Executing JavaScript: window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
+)"));
+    const auto& request = page().requests().back();
+    EXPECT_EQ(request.timeoutInterval, 60);
+    EXPECT_THAT(
+        *platform::URLComponents::parse(request.url.absoluteString())->queryItems(),
+        ElementsAre(
+            platform::URLQueryItem{"token", "a&b"}, platform::URLQueryItem{"browser_back", "true"},
+            platform::URLQueryItem{"current_url", "https://bank.example/otp?x=1&y=%20"},
+            platform::URLQueryItem{"expected_url", "https://pay.example/checkout?token=a%26b"}));
+    run();
+    screen()->setOptions({});
+    page().replaceUrl("https://bank.example/");
+    screen()->handleDeviceBackButtonPress();
+    runTurn();
+    EXPECT_EQ(page().requests().back().url.absoluteString(),
+              "https://pay.example/checkout?token=a%26b")
+        << "without a token it is the address as it was built";
 }
 
 TEST_F(BackNavigationTest, TheSiteIsATextualPrefixOfSchemeAndHost) {
@@ -40,119 +106,122 @@ TEST_F(BackNavigationTest, TheSiteIsATextualPrefixOfSchemeAndHost) {
         {"https://PAY.example/checkout", false},    {"about:blank", false},
         {"https://pay.example/%zz", true},          {"https://bank.example/100%", false},
     };
-    std::size_t posts = 0;
     openScreen();
     for (const auto& [url, isWithin] : cases) {
         SCOPED_TRACE(url);
         page().replaceUrl(url);
-        const auto requests = page().requests().size();
         screen()->handleDeviceBackButtonPress();
-        scheduler.runOneTurn();
-        EXPECT_EQ(page().requests().size() - requests, isWithin ? 0u : 1u);
-        EXPECT_EQ(scripts().size(), ++posts);
-        runAll();
-        EXPECT_THAT(core.takeEvents(),
+        run();
+        EXPECT_THAT(seen("load"), SizeIs(isWithin ? 0 : 1));
+        EXPECT_THAT(seen("script"), SizeIs(1));
+        EXPECT_THAT(seen("event"),
                     Contains(R"(BACK_BUTTON_PRESSED ["current_url": ")" + url + "\"]"));
+        forget();
     }
-}
-
-TEST_F(BackNavigationTest, AnotherHostIsLeftForTheBrowserBackAddress) {
-    core.webViewViewUrl = "https://pay.example/checkout?old=1?token=%@";
-    openScreen(optionsOf("a&b"));
-    page().replaceUrl("https://bank.example/otp?x=1&y=%20");
-    screen()->handleDeviceBackButtonPress();
-    scheduler.runOneTurn();
-    EXPECT_EQ(lines.at(lines.size() - 2), "[BACK HANDLER] 📋 Browser back URL: " + lastRequest());
-    EXPECT_EQ(lines.back(), "[BACK HANDLER] 📜 Executing JavaScript: " + scripts().back());
-    const std::string expected = "https://pay.example/checkout?token=a%26b";
-    EXPECT_THAT(
-        *platform::URLComponents::parse(lastRequest())->queryItems(),
-        ElementsAre(platform::URLQueryItem{"token", "a&b"},
-                    platform::URLQueryItem{"browser_back", "true"},
-                    platform::URLQueryItem{"current_url", "https://bank.example/otp?x=1&y=%20"},
-                    platform::URLQueryItem{"expected_url", expected}));
-}
-
-TEST_F(BackNavigationTest, BarAndSwipeLogTheirOwnEventBeforeTheFlows) {
-    openScreen();
-    const auto ownEvent = [](const std::string& source) {
-        return R"(BACK_BUTTON_PRESSED ["platform": "ios", "source": ")" + source + "\"]";
-    };
-    const auto flowEvent = StartsWith("BACK_BUTTON_PRESSED [\"current_url\"");
-    screen()->backButtonTapped();
-    runAll();
-    EXPECT_THAT(core.takeEvents(), ElementsAre(ownEvent("navigation_bar_back_button"), flowEvent));
-    screen()->swipeBackDetected();
-    runAll();
-    EXPECT_THAT(core.takeEvents(), ElementsAre(ownEvent("swipe_gesture"), flowEvent));
 }
 
 TEST_F(BackNavigationTest, ACheckoutAddressThatDoesNotParseEndsTheFlowAndAnAbsentPageDoesNot) {
     core.webViewViewUrl = "https://pay.example/a b";
     openScreen();
     page().replaceUrl("https://pay.example/");
-    goBack();
-    EXPECT_EQ(lines.back(), "[BACK HANDLER] ❌ Failed to parse URLs");
-    EXPECT_THAT(scripts(), IsEmpty());
-    EXPECT_THAT(core.events(), IsEmpty());
+    screen()->handleDeviceBackButtonPress();
+    run();
+    EXPECT_TRUE(hasTranscript(R"(
+[BACK HANDLER] 🚀 Device back button pressed - Android-style handling
+[BACK HANDLER] 🚀 insertJSToWebview called
+[BACK HANDLER] 📊 isDeviceBackPressed: true
+-- turn 1
+[BACK HANDLER] 📱 Handling device back pressed
+[BACK HANDLER] 🚀 Device back pressed - Android-style handling
+[BACK HANDLER] 📊 Current URL: https://pay.example/
+[BACK HANDLER] 📊 Expected URL: 
+[BACK HANDLER] ❌ Failed to parse URLs
+)"));
 
     dismissScreen();
     openScreen(optionsOf(std::nullopt));  // which loads nothing
-    goBack();
-    EXPECT_EQ(lines.back(), "[BACK HANDLER] ✅ JavaScript executed successfully");
-    EXPECT_THAT(core.events(), ElementsAre(R"(BACK_BUTTON_PRESSED "" nil "" ["current_url": ""])"));
-}
-
-TEST_F(BackNavigationTest, AUPIIntentBackPostsTheEnquirysStatusInATurnAfterItsAnswer) {
-    core.holdsAnswers = true;
-    core.enquiryAnswer = TransactionEnquiryResponse{Order{"PENDING \"'\\"}, {}};
-    openScreen();
-    comeBackQuickly();
-    EXPECT_TRUE(scheduler.runOneTurn());
-    EXPECT_THAT(core.takeCalls(),
-                ElementsAre("getTransactionEnquiry(TOKEN, order-7, order-7, T1)"));
-    core.answerNext();
-    EXPECT_THAT(scripts(), IsEmpty());
-    EXPECT_TRUE(scheduler.runOneTurn());
-    // Only double quotes are escaped: the JSON's own backslashes reach the script as they are.
-    EXPECT_THAT(scripts().at(0),
-                HasSubstr(R"(\"transaction_enquiry_api_response\":\"PENDING \\"'\\\")"));
-    EXPECT_THAT(scripts().at(0), HasSubstr(R"(\"upi_intent_back_response\":\"close\")"));
-    evaluation = someError("boom");
-    runAll();
-    EXPECT_EQ(lines.back(), "[UPI BACK] ❌ JavaScript error: boom");
-    EXPECT_THAT(core.events(), IsEmpty());
+    screen()->handleDeviceBackButtonPress();
+    run();
+    EXPECT_TRUE(hasTranscript(R"(
+[BACK HANDLER] 🚀 Device back button pressed - Android-style handling
+[BACK HANDLER] 🚀 insertJSToWebview called
+[BACK HANDLER] 📊 isDeviceBackPressed: true
+-- turn 1
+[BACK HANDLER] 📱 Handling device back pressed
+[BACK HANDLER] 🚀 Device back pressed - Android-style handling
+[BACK HANDLER] 📊 Current URL: 
+[BACK HANDLER] 📊 Expected URL: 
+[BACK HANDLER] 📜 Executing JavaScript: window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
+-- turn 2
+script window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
+-- turn 3
+[BACK HANDLER] ✅ JavaScript executed successfully
+-- background
+event BACK_BUTTON_PRESSED "" nil "" ["current_url": ""]
+)"));
 }
 
 TEST_F(BackNavigationTest, AnEnquiryWithoutAStatusIsPostedAsAnEmptyOneAndNoTextNotAtAll) {
     using Answer = platform::Result<TransactionEnquiryResponse>;
+    const std::string empty = R"(\"transaction_enquiry_api_response\":\"\")";
     openScreen();
-    for (const Answer& answer : {Answer(someError("no line")), Answer(TransactionEnquiryResponse{}),
-                                 Answer(TransactionEnquiryResponse{Order{}, {}})}) {
+    storeRecord();
+    evaluation = someError("boom");
+    const auto comeBackTo = [this](const Answer& answer) {
         core.enquiryAnswer = answer;
-        comeBackQuickly();
-        runAll();
-        EXPECT_EQ(lastPostedMessage(), (Dictionary{{"upi_intent_back_response", "close"},
-                                                   {"transaction_enquiry_api_response", ""}}));
+        comeBackAfter(1);
+        runTurn();  // the activation
+        forget();
+        run();
+    };
+    comeBackTo(someError("no line"));
+    EXPECT_TRUE(hasTranscript(R"(
+-- turn 1
+[BACK HANDLER] 📱 Handling UPI intent back
+[UPI BACK] 🚀 UPI intent back - Android-style handling
+[UPI BACK] 📊 Order ID: order-7
+[UPI BACK] 📊 Transaction ID: T1
+call getTransactionEnquiry(TOKEN, order-7, order-7, T1)
+-- background
+[UPI BACK] ❌ Transaction enquiry failed: no line
+[UPI BACK] 📜 Executing JavaScript: window.postMessage('{\"transaction_enquiry_api_response\":\"\",\"upi_intent_back_response\":\"close\"}', '*');
+-- turn 3
+script window.postMessage('{\"transaction_enquiry_api_response\":\"\",\"upi_intent_back_response\":\"close\"}', '*');
+-- turn 4
+[UPI BACK] ❌ JavaScript error: boom
+)"));
+    for (const auto& answer :
+         {TransactionEnquiryResponse{}, TransactionEnquiryResponse{Order{}, {}}}) {
+        comeBackTo(answer);
+        EXPECT_THAT(seen("script"), ElementsAre(HasSubstr(empty)));
     }
-    core.enquiryAnswer = TransactionEnquiryResponse{Order{"\xff"}, {}};
-    comeBackQuickly();
-    runAll();
-    EXPECT_THAT(lines.back(), StartsWith("[UPI BACK] ❌ JSON serialization error: "));
-}
-
-TEST_F(BackNavigationTest, BackActionsUnderWayHoldTheScreenWeakly) {
-    core.holdsAnswers = true;
-    openScreen();
-    comeBackQuickly();
-    scheduler.runOneTurn();  // the enquiry is under way
-    screen()->swipeBackDetected();
-    dismissScreen();
-    forget();
-    core.answerNext();
-    runAll();
-    EXPECT_THAT(lines, IsEmpty());
-    EXPECT_THAT(core.events(), IsEmpty());
+    comeBackTo(TransactionEnquiryResponse{Order{"\xff"}, {}});
+    EXPECT_TRUE(hasTranscript(R"(
+-- turn 1
+[BACK HANDLER] 📱 Handling UPI intent back
+[UPI BACK] 🚀 UPI intent back - Android-style handling
+[UPI BACK] 📊 Order ID: order-7
+[UPI BACK] 📊 Transaction ID: T1
+call getTransactionEnquiry(TOKEN, order-7, order-7, T1)
+-- background
+[UPI BACK] ✅ Transaction enquiry successful
+[UPI BACK] ❌ JSON serialization error: The value has no JSON text: a string is not UTF-8
+)"));
+    comeBackAfter(1);
+    runTurn();
+    port.defaults().remove("current_transaction_id");
+    runTurn();
+    EXPECT_EQ(seen("call").back(), "getTransactionEnquiry(TOKEN, order-7, order-7, )");
+    run();
+    screen()->setOptions({});
+    storeRecord();
+    comeBackTo(TransactionEnquiryResponse{});
+    EXPECT_TRUE(hasTranscript(R"(
+-- turn 1
+[BACK HANDLER] 📱 Handling UPI intent back
+[UPI BACK] 🚀 UPI intent back - Android-style handling
+[UPI BACK] ❌ No order token available
+)"));
 }
 
 }  // namespace

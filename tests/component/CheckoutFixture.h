@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -37,27 +38,25 @@ using testing::Contains, testing::Each, testing::ElementsAre, testing::HasSubstr
 using testing::IsEmpty, testing::Not, testing::SizeIs, testing::StartsWith;
 
 struct RecordingHost : ZorvikCheckoutSDKDelegate {
-    std::vector<Dictionary> responses;
+    explicit RecordingHost(std::string hostName = "host") : name(std::move(hostName)) {}
+
+    const std::string name;
     std::function<void()> whenCalled = [] {};
 
     void onCheckoutResponse(const Dictionary& data) override {
-        responses.push_back(data);
+        ScriptedCore::current->transcript.add(name + ' ' + description(data));
         whenCalled();
     }
 };
 
 struct RecordingScreenDelegate : ZorvikCheckoutWebViewDelegate {
-    std::vector<Dictionary> successes;
-    std::vector<Dictionary> failures;
-
-    std::size_t count() const { return successes.size() + failures.size(); }
     void zorvikCheckoutWebViewDidSucceed(const std::shared_ptr<ZorvikCheckoutWebView>&,
                                          const Dictionary& payload) override {
-        successes.push_back(payload);
+        ScriptedCore::current->transcript.add("success " + description(payload));
     }
     void zorvikCheckoutWebViewDidFail(const std::shared_ptr<ZorvikCheckoutWebView>&,
                                       const Dictionary& payload) override {
-        failures.push_back(payload);
+        ScriptedCore::current->transcript.add("failure " + description(payload));
     }
 };
 
@@ -105,13 +104,11 @@ inline Dictionary parsedObject(const std::string& json) {
 inline ScriptValue stringBody(const std::string& text) {
     return {ScriptValue::Type::string, text};
 }
-// The failure payload of the checkout of plainToken().
-inline Dictionary failurePayload(const std::string& error) {
-    return {{"error", error},
-            {"order_id", "order-7"},
-            {"zorvik_order_id", "order-7"},
-            {"token", plainToken()},
-            {"subMerchantId", "sub-3"}};
+// The failure payload of the checkout of the plain token.
+inline std::string failurePayload(const std::string& error) {
+    return R"(["error": ")" + error +
+           R"(", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", )"
+           R"("zorvik_order_id": "order-7"])";
 }
 
 template <class View>
@@ -124,24 +121,29 @@ std::shared_ptr<View> findView(const platform::UIView& root) {
 }
 
 // The headless port, scripted core services, a host, and a presenter whose window is shown. Pages
-// load and scripts succeed unless a test says otherwise.
+// load and scripts succeed unless a test says otherwise. The transcript holds the console's lines
+// as they are and, with a word before each, "call"s and "event"s of the core services, "load"s of
+// the page and "script"s it runs, what the "host" got and a screen's "success" or "failure".
 class CheckoutTest : public testing::Test {
   protected:
     using Background = platform::headless::HeadlessScheduler::Background;
     static constexpr double now = 1'800'000'000;  // 2027-01-15 08:00 UTC
 
     explicit CheckoutTest(Background background = Background::manual) : port(background) {
-        scheduler.setNow(now);
-        platform::setConsoleSink([this](std::string_view line) { lines.emplace_back(line); });
-        port.web().onLoad([this](const std::string&) { return load; });
-        port.web().onEvaluate([this](const std::string&) { return evaluation; });
+        platform::setConsoleSink(
+            [this](std::string_view line) { core.transcript.add(std::string(line)); });
+        port.web().onLoad([this](const std::string& url) {
+            core.transcript.add("load " + url);
+            return load;
+        });
+        port.web().onEvaluate([this](const std::string& script) {
+            core.transcript.add("script " + script);
+            return evaluation;
+        });
         presenter = platform::makeOnMainThread<platform::UIViewController>();
         presenter->setShownByStage(true);
-        EXPECT_TRUE(background == Background::threads || core.events().empty())
-            << "not in background";
-        scheduler.settle();
-        firstUseEvents = core.takeEvents();
         sdk.setDelegate(host);
+        forget();
     }
     ~CheckoutTest() override {
         sdk.setDelegate({});
@@ -172,11 +174,11 @@ class CheckoutTest : public testing::Test {
         runAll();
         forget();
     }
-    // One that is never shown; the caller owns it.
-    std::shared_ptr<ZorvikCheckoutWebView> loadUnshownScreen() {
+    // One that nobody presents, in a window all the same; the caller owns it.
+    std::shared_ptr<ZorvikCheckoutWebView> loadUnpresentedScreen() {
         auto made = ZorvikCheckoutWebView::initWithOptions(optionsOf(plainToken()), std::nullopt);
         made->setDelegate(outcome);
-        made->view();
+        made->setShownByStage(true);
         screen_ = made;
         runAll();
         forget();
@@ -187,17 +189,56 @@ class CheckoutTest : public testing::Test {
         runAll();
         EXPECT_FALSE(screen()) << "somebody still holds the screen";
     }
-    // Turns, background tasks and fades until nothing moves.
+    // Runs one turn, marked in the transcript by its number since the transcript began; false when
+    // there was none.
+    bool runTurn() {
+        core.transcript.mark("turn " + std::to_string(turn + 1));
+        const bool hasRun = scheduler.runOneTurn();
+        if (hasRun) ++turn;
+        core.transcript.mark("");
+        return hasRun;
+    }
+    // Turns and background tasks, marked too, until neither is left.
+    void run() {
+        do {
+            while (runTurn()) {
+            }
+            core.transcript.mark("background");
+        } while (scheduler.runOneBackgroundTask());
+        core.transcript.mark("");
+        scheduler.settle();
+    }
+    // The same, then a second in which fades and slides end.
     void runAll() {
-        scheduler.settle();
+        run();
+        core.transcript.mark("later");
         scheduler.advanceBy(1);
-        scheduler.settle();
+        core.transcript.mark("");
+        run();
     }
     void forget() {
-        lines.clear();
-        core.takeEvents();
-        core.takeCalls();
+        take();
+        scheduler.setNow(now);
     }
+    std::string take() {
+        turn = 0;
+        return core.transcript.take();
+    }
+    // Whether the transcript, from its first line with this beginning on, is the text to the
+    // character. It starts anew.
+    testing::AssertionResult hasTranscript(const std::string& text, const std::string& from = "") {
+        const std::string all = take();
+        const auto start = std::min(all.find('\n' + from), all.size());
+        const auto place = std::mismatch(all.begin() + static_cast<std::ptrdiff_t>(start),
+                                         all.end(), text.begin(), text.end());
+        if (place.first == all.end() && place.second == text.end()) {
+            return testing::AssertionSuccess();
+        }
+        const auto line = 1 + std::count(text.begin(), place.second, '\n');
+        return testing::AssertionFailure() << "it differs from line " << line << " on:" << all;
+    }
+    // What was recorded with this word before it.
+    Lines seen(const std::string& word) const { return core.transcript.entries(word + ' '); }
 
     std::shared_ptr<ZorvikCheckoutWebView> screen() const { return screen_.lock(); }
     platform::headless::ScriptedPage& page() { return port.web().page(); }
@@ -223,10 +264,7 @@ class CheckoutTest : public testing::Test {
     Policy redirect(const std::string& response) {
         return decide(core.webViewRespCheckUrl + "?response=" + response);
     }
-    void postIntent(const ScriptValue& body) {
-        EXPECT_TRUE(page().post("openUpiIntent", body));
-        scheduler.runOneTurn();
-    }
+    void postIntent(const ScriptValue& body) { EXPECT_TRUE(page().post("openUpiIntent", body)); }
     // The record of a hand-off with the id "T1".
     void storeRecord(const DefaultsValue& startTime = Date{now}) {
         port.defaults().write("current_transaction_id", std::string("T1"));
@@ -236,25 +274,6 @@ class CheckoutTest : public testing::Test {
     void comeBackAfter(double seconds) {
         scheduler.setNow(now + seconds);
         port.application().becomeActive();
-        scheduler.runOneTurn();
-    }
-    // Main-queue turns until the screen has reported; -1 when none is left before that.
-    int turnsUntilReport() {
-        for (int turns = 0;; ++turns) {
-            if (outcome->count() > 0) return turns;
-            if (!scheduler.runOneTurn()) return -1;
-        }
-    }
-
-    Lines takeLines() { return std::exchange(lines, {}); }
-    // The JSON object the page was posted by the last script, by way of a single-quoted literal.
-    Dictionary lastPostedMessage() {
-        const std::string before = "window.postMessage('";
-        const std::string after = "', '*');";
-        const std::string script = scripts().at(scripts().size() - 1);
-        EXPECT_TRUE(script.starts_with(before) && script.ends_with(after)) << script;
-        return parsedObject(evaluatedLiteral(
-            script.substr(before.size(), script.size() - before.size() - after.size())));
     }
 
     ScriptedCore core;
@@ -262,13 +281,12 @@ class CheckoutTest : public testing::Test {
     platform::headless::HeadlessPlatform port;
     platform::headless::HeadlessScheduler& scheduler = port.scheduler();
     ZorvikCheckoutSDK& sdk = ZorvikCheckoutSDK::shared();
-    Lines firstUseEvents;  // of the facade, the first in this process
     std::shared_ptr<RecordingHost> host = std::make_shared<RecordingHost>();
     std::shared_ptr<RecordingScreenDelegate> outcome = std::make_shared<RecordingScreenDelegate>();
     std::shared_ptr<platform::UIViewController> presenter;
     ScriptedLoad load;
     platform::Result<ScriptValue> evaluation = ScriptValue{};
-    Lines lines;
+    int turn = 0;
 
   private:
     std::weak_ptr<ZorvikCheckoutWebView> screen_;

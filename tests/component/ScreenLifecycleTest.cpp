@@ -1,5 +1,3 @@
-#include <thread>
-
 #include "platform/uikit/UIButton.h"
 #include "platform/uikit/UILabel.h"
 #include "tests/component/CheckoutFixture.h"
@@ -17,18 +15,29 @@ TEST_F(ScreenLifecycleTest, TheScreenComesUpWithItsSkeletonOverAHiddenPageAndFad
     presentScreen();
     const auto skeleton = find<ZorvikShimmerView>();
     const auto web = find<WKWebView>();
+    const auto label = find<UILabel>();
+    const auto retry = find<UIButton>();
+    EXPECT_EQ(screen()->modalPresentationStyle(), platform::UIModalPresentationStyle::fullScreen);
     EXPECT_FALSE(skeleton->isHidden());
     EXPECT_TRUE(web->isHidden());
     EXPECT_FALSE(isErrorShown());
+    EXPECT_EQ(label->text(), "Something went wrong.");
+    EXPECT_EQ(retry->title(), "Retry");
     EXPECT_THAT(page().messageHandlers(), ElementsAre("openUpiIntent"));
+    EXPECT_TRUE(page().configuration().allowsContentJavaScript);
     EXPECT_TRUE(page().configuration().javaScriptCanOpenWindowsAutomatically);
-    EXPECT_THAT(core.events(), ElementsAre(R"(WEBVIEW_LAUNCH ["url": "checkout_url"])"));
     port.stage().layout();
     EXPECT_EQ(skeleton->frame(), (Rect{0, 47, 390, 763}));
     EXPECT_EQ(web->frame(), (Rect{0, 47, 390, 763}));
-    EXPECT_EQ(find<UILabel>()->superview()->frame(), (Rect{0, 47, 390, 797}));
+    EXPECT_EQ(label->superview()->frame(), (Rect{0, 47, 390, 797}));
+    // A line of 20.4 points, 20 above the panel's middle, and the button 16 below it.
+    EXPECT_NEAR(label->frame().y, 797.0 / 2 - 20 - 20.4 / 2, 1e-9);
+    EXPECT_EQ(label->frame().x, 24);
+    EXPECT_EQ(label->frame().width, 390 - 2 * 24);
+    EXPECT_NEAR(retry->frame().y, label->frame().y + label->frame().height + 16, 1e-9);
+    EXPECT_NEAR(retry->frame().x, (390 - retry->frame().width) / 2, 1e-9);
 
-    scheduler.runUntilIdle();
+    run();
     scheduler.advanceBy(0.29);
     EXPECT_FALSE(skeleton->isHidden());
     EXPECT_TRUE(web->isHidden());
@@ -61,37 +70,110 @@ TEST_F(ScreenLifecycleTest, ADismissalCleansUpThreeTimesInOrderAndLeavesNothingB
         storeRecord();
         const auto before = port.defaults().removals().size();
         dismissScreen();
-        EXPECT_EQ(lines.back(), "[VIEW LIFECYCLE] 🧹 Performing cleanup due to dismissal");
+        EXPECT_TRUE(hasTranscript(R"(
+[VIEW LIFECYCLE] 🚀 viewWillDisappear called
+[VIEW LIFECYCLE] 📊 Is being dismissed: true
+[VIEW LIFECYCLE] 🧹 Performing cleanup due to dismissal
+-- later
+[VIEW LIFECYCLE] 🚀 viewDidDisappear called
+[VIEW LIFECYCLE] 📊 Is being dismissed: true
+[VIEW LIFECYCLE] 🧹 Performing cleanup due to dismissal
+)"));
         Lines removals = port.defaults().removals();
         removals.erase(removals.begin(), removals.begin() + static_cast<std::ptrdiff_t>(before));
         Lines expected;
-        for (int run = 0; run < 3; ++run) {
+        for (int cleanup = 0; cleanup < 3; ++cleanup) {
             expected.insert(expected.end(), {"current_transaction_id", "current_package_name",
                                              "transaction_start_time"});
         }
         EXPECT_EQ(removals, expected);
         EXPECT_THAT(port.web().pages(), IsEmpty());
         EXPECT_EQ(scheduler.pendingCount(), 0u) << scheduler.describePending();
-        lines.clear();
         comeBackAfter(1);
-        EXPECT_THAT(lines, IsEmpty());
-        EXPECT_THAT(core.events(), IsEmpty());
+        run();
+        EXPECT_TRUE(hasTranscript("\n"));
     }
 }
 
 TEST_F(ScreenLifecycleTest, ADismissedScreenThatIsStillHeldDoesNothingWithoutItsPage) {
-    openScreen();
+    load.ending = ScriptedLoad::Ending::hangAfterCommit;
+    openScreen(optionsOf(plainToken()), Apps{std::in_place});
     const auto held = screen();
+    const auto web = find<WKWebView>();
+    EXPECT_TRUE(page().isLoading());
     presenter->dismiss(false);
-    scheduler.runUntilIdle();
+    run();
+    EXPECT_FALSE(page().isLoading());
     EXPECT_THAT(page().messageHandlers(), IsEmpty());
     forget();
     comeBackAfter(1);
-    EXPECT_THAT(lines, IsEmpty());
     find<UIButton>()->sendTouchUpInside();
     held->handleDeviceBackButtonPress();
+    held->webViewDidFinish(*web);
+    held->userContentControllerDidReceive(
+        *web->configuration().userContentController,
+        {"openUpiIntent", stringBody(R"({"url":"","package_name":"p"})")});
     runAll();
-    EXPECT_THAT(core.events(), ElementsAre(R"(BACK_BUTTON_PRESSED ["current_url": ""])"));
+    EXPECT_TRUE(hasTranscript(R"(
+[BACK HANDLER] 🚀 Device back button pressed - Android-style handling
+[BACK HANDLER] 🚀 insertJSToWebview called
+[BACK HANDLER] 📊 isDeviceBackPressed: true
+event WEBVIEW_LOADED ["url": "https://pay.example/checkout?token=TOKEN"]
+event UPI_INTENT_STARTED ["parameters": "{\"url\":\"\",\"package_name\":\"p\"}", "transactionId": ""]
+event EXCEPTION_THROWN ["error": "Invalid UPI URL"]
+[UPI RESPONSE] 🚀 sendUPIResponse method called!
+[UPI RESPONSE] 📊 Status: unavailable
+[UPI RESPONSE] 📝 Message: Invalid UPI URL
+[UPI RESPONSE] 📋 JSON String: {"sdk_transaction_enquiry_response":"Invalid UPI URL","sdk_upi_intent_response":"unavailable"}
+[UPI RESPONSE] 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}
+[UPI RESPONSE] 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
+-- turn 2
+[BACK HANDLER] 📱 Handling device back pressed
+[BACK HANDLER] 🚀 Device back pressed - Android-style handling
+[BACK HANDLER] 📊 Current URL: 
+[BACK HANDLER] 📊 Expected URL: https://pay.example/checkout?token=TOKEN
+[BACK HANDLER] 📜 Executing JavaScript: window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
+-- background
+event BACK_BUTTON_PRESSED ["current_url": ""]
+)"));
+    EXPECT_TRUE(web->isHidden());
+}
+
+TEST_F(ScreenLifecycleTest, AnswersThatArriveWhileTheScreenSlidesAwayFindNoPage) {
+    core.holdsAnswers = true;
+    port.application().install("upi");
+    port.application().install("stubborn", false);
+    openScreen();
+    storeRecord();
+    comeBackAfter(1);
+    run();
+    forget();
+    for (const char* url : {"upi:pay", "stubborn:pay"}) {
+        postIntent(stringBody(R"({"package_name":"p","url":")" + std::string(url) + "\"}"));
+    }
+    runTurn();
+    runTurn();  // both wait to be opened
+    presenter->dismiss(true);
+    forget();
+    core.answerNext();
+    run();
+    ASSERT_TRUE(screen()) << "it still slides";
+    EXPECT_TRUE(hasTranscript(R"(
+[UPI BACK] ✅ Transaction enquiry successful
+[UPI BACK] 📜 Executing JavaScript: window.postMessage('{\"transaction_enquiry_api_response\":\"\",\"upi_intent_back_response\":\"close\"}', '*');
+-- turn 1
+[UPI LAUNCH] ✅ UPI app launched successfully!
+[UPI LAUNCH] 📱 App will go to background
+-- turn 2
+[UPI LAUNCH] ❌ Failed to launch UPI app
+[UPI RESPONSE] 🚀 sendUPIResponse method called!
+[UPI RESPONSE] 📊 Status: unavailable
+[UPI RESPONSE] 📝 Message: Failed to launch UPI app
+[UPI RESPONSE] 📋 JSON String: {"sdk_transaction_enquiry_response":"Failed to launch UPI app","sdk_upi_intent_response":"unavailable"}
+[UPI RESPONSE] 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}
+[UPI RESPONSE] 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
+)"));
+    EXPECT_THAT(port.defaults().entries(), IsEmpty());
 }
 
 TEST_F(ScreenLifecycleTest, AnotherScreenAboveIsNoDismissalAndKeepsEverything) {
@@ -101,22 +183,38 @@ TEST_F(ScreenLifecycleTest, AnotherScreenAboveIsNoDismissalAndKeepsEverything) {
     above->setModalPresentationStyle(platform::UIModalPresentationStyle::fullScreen);
     screen()->present(above, false);
     runAll();
-    const std::string skipped =
-        "[VIEW LIFECYCLE] ⏸️ Skipping cleanup - might be UPI app return";
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), skipped), 2);
-    EXPECT_EQ(port.defaults().entries().size(), 3u);
+    EXPECT_TRUE(hasTranscript(R"(
+[VIEW LIFECYCLE] 🚀 viewWillDisappear called
+[VIEW LIFECYCLE] 📊 Is being dismissed: false
+[VIEW LIFECYCLE] ⏸️ Skipping cleanup - might be UPI app return
+-- turn 1
+[VIEW LIFECYCLE] 🚀 viewDidDisappear called
+[VIEW LIFECYCLE] 📊 Is being dismissed: false
+[VIEW LIFECYCLE] ⏸️ Skipping cleanup - might be UPI app return
+)"));
+    EXPECT_THAT(port.defaults().entries(), SizeIs(3));
     EXPECT_THAT(page().messageHandlers(), SizeIs(1));
     comeBackAfter(1);
-    EXPECT_THAT(lines, Contains("[APP STATE] 📱 Stored transaction ID: T1"));
+    run();
+    EXPECT_THAT(core.transcript.entries(""), Contains("[APP STATE] 📱 Stored transaction ID: T1"));
 }
 
-TEST_F(ScreenLifecycleTest, AScreenDroppedOnABackgroundThreadIsDestroyedOnTheMainOne) {
-    auto made = loadUnshownScreen();
-    std::thread([last = std::move(made)]() mutable { last.reset(); }).join();
-    EXPECT_EQ(port.web().pages().size(), 1u) << "not yet destroyed";
-    EXPECT_TRUE(scheduler.runOneTurn());
-    EXPECT_THAT(port.web().pages(), IsEmpty());
-    outlivesThePort = loadUnshownScreen();  // dropped by the fixture after the port is gone
+TEST_F(ScreenLifecycleTest, AScreenTakenFromItsParentIsDismissed) {
+    auto alone = loadUnpresentedScreen();
+    presenter->addChild(alone);
+    storeRecord();
+    forget();
+    alone->removeFromParent();
+    EXPECT_TRUE(hasTranscript(R"(
+[VIEW LIFECYCLE] 🚀 viewWillDisappear called
+[VIEW LIFECYCLE] 📊 Is being dismissed: true
+[VIEW LIFECYCLE] 🧹 Performing cleanup due to dismissal
+[VIEW LIFECYCLE] 🚀 viewDidDisappear called
+[VIEW LIFECYCLE] 📊 Is being dismissed: true
+[VIEW LIFECYCLE] 🧹 Performing cleanup due to dismissal
+)"));
+    EXPECT_THAT(port.defaults().entries(), IsEmpty());
+    EXPECT_THAT(page().messageHandlers(), IsEmpty());
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "tests/component/ScriptedCore.h"
 
+#include <utility>
+
 #include "core/APIUtils.h"
 #include "core/EventConstants.h"
 #include "core/EventLogging.h"
@@ -12,10 +14,60 @@ using platform::Dictionary;
 namespace {
 
 std::string named(const std::optional<std::string>& text) {
-    return !text ? "nil" : *text == plainToken() ? "TOKEN" : '"' + *text + '"';
+    return text ? '"' + *text + '"' : "nil";
 }
 
 }  // namespace
+
+void Transcript::add(std::string entry) {
+    const std::string& token = plainToken();
+    for (auto at = entry.find(token); at != std::string::npos; at = entry.find(token, at)) {
+        entry.replace(at, token.size(), "TOKEN");
+    }
+    const std::scoped_lock lock(mutex_);
+    if (!mark_.empty()) entries_.push_back(std::exchange(mark_, ""));
+    entries_.push_back(std::move(entry));
+}
+
+void Transcript::mark(const std::string& text) {
+    const std::scoped_lock lock(mutex_);
+    mark_ = text.empty() ? "" : "-- " + text;
+}
+
+std::vector<std::string> Transcript::entries(const std::string& prefix) const {
+    const std::scoped_lock lock(mutex_);
+    std::vector<std::string> found;
+    for (const auto& entry : entries_) {
+        if (entry.starts_with(prefix) && !entry.starts_with("--")) {
+            found.push_back(entry.substr(prefix.size()));
+        }
+    }
+    return found;
+}
+
+std::string Transcript::take() {
+    const std::scoped_lock lock(mutex_);
+    std::string text = "\n";
+    for (const auto& entry : std::exchange(entries_, {}))
+        text += entry + '\n';
+    return text;
+}
+
+void ScriptedCore::call(const std::string& name, const std::vector<platform::Value>& arguments,
+                        std::function<void()> answer) {
+    std::string list;
+    for (const auto& argument : arguments) {
+        if (&argument != &arguments.front()) list += ", ";
+        list += description(argument);
+    }
+    transcript.add("call " + name + '(' + list + ')');
+    if (!answer) return;
+    if (holdsAnswers) {
+        held_.push_back(std::move(answer));
+    } else {
+        platform::Environment::runInBackground(std::move(answer));
+    }
+}
 
 ZorvikCoreApiSDK& ZorvikCoreApiSDK::shared() {
     return *ScriptedCore::current;
@@ -28,7 +80,7 @@ void ZorvikUPIAppDetector::getUPIAppsList(const std::string& token, Completion c
 }
 
 bool ZorvikUPIAppDetector::isUPIAppReturnURL(const std::string& url) {
-    ++ScriptedCore::current->returnQuestions;
+    ScriptedCore::current->call("isUPIAppReturnURL", {url});
     return url.starts_with("shopreturn://");
 }
 
@@ -38,18 +90,19 @@ void EventLoggingUtils::safeLogEvent(const std::string& eventName,
                                      const std::optional<std::string>& subMerchantId,
                                      const std::optional<Dictionary>& additionalData,
                                      const std::string& sdkVersion) noexcept {
-    std::string event = eventName;
+    std::string event = "event " + eventName;
     if (!orderId && !token && !subMerchantId) {
         event += " none";
     } else if (orderId != "order-7" || token != plainToken() || subMerchantId != "sub-3") {
         event += ' ' + named(orderId) + ' ' + named(token) + ' ' + named(subMerchantId);
     }
     EXPECT_EQ(sdkVersion, "2.0.15-alpha.4");
-    ScriptedCore::current->record(event + ' ' + description(additionalData.value_or(Dictionary())));
+    ScriptedCore::current->transcript.add(event + ' ' +
+                                          description(additionalData.value_or(Dictionary())));
 }
 
 void EventLoggingService::setAppCode(const std::optional<std::string>& appCode) {
-    ScriptedCore::current->appCodes.push_back(appCode);
+    ScriptedCore::current->call("setAppCode", {appCode.value_or("nil")});
 }
 
 std::string APIUtils::webViewViewUrl() {
@@ -61,7 +114,7 @@ std::string APIUtils::webViewRespCheckUrl() {
 }
 
 void APIUtils::setZorvikTechUrl(const std::string& url) {
-    ScriptedCore::current->techUrls.push_back(url);
+    ScriptedCore::current->call("setZorvikTechUrl", {url});
 }
 
 const std::string EventConstants::SDK_INITIALIZED = "SDK_INITIALIZED";

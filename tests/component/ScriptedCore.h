@@ -27,20 +27,36 @@ inline const std::string& plainToken() {
     return token;
 }
 
-// The core services as a test wants them: every call and event is recorded as a line of text (the
-// plain token as TOKEN), every answer is what the test set. Main thread, but for events and the
-// answers.
+// What happened, in order, the plain token written as TOKEN. Any thread.
+class Transcript {
+  public:
+    void add(std::string entry);
+    // Written before the next entry, unless another mark or "" comes before that.
+    void mark(const std::string& text);
+    // The entries so far that start with the prefix, without it and without marks.
+    std::vector<std::string> entries(const std::string& prefix) const;
+    // All of it, each entry a line, after an empty line. The transcript starts anew.
+    std::string take();
+
+  private:
+    mutable std::mutex mutex_;
+    std::vector<std::string> entries_;
+    std::string mark_;
+};
+
+// The core services as a test wants them: every call is recorded as "call name(argument, ...)" and
+// every event as "event NAME [data]", with the three ids behind the name where they are not those
+// of the plain token ("none": all absent). Every answer is what the test set. Main thread, but for
+// events and the answers.
 class ScriptedCore : public ZorvikCoreApiSDK {
   public:
     static inline ScriptedCore* current = nullptr;
     ScriptedCore() { current = this; }
     ~ScriptedCore() override { current = nullptr; }
 
+    Transcript transcript;
     std::string webViewViewUrl = "https://pay.example/checkout?token=%@";
     std::string webViewRespCheckUrl = "https://pay.example/check";
-    int returnQuestions = 0;
-    std::vector<std::string> techUrls;  // as assigned
-    std::vector<std::optional<std::string>> appCodes;
 
     platform::Result<OrderResponse> orderAnswer = OrderResponse{};
     platform::Result<std::vector<UPIAppsVO>> appsAnswer = std::vector<UPIAppsVO>{};
@@ -49,6 +65,7 @@ class ScriptedCore : public ZorvikCoreApiSDK {
 
     // Answers wait for answerNext instead of coming from a background task.
     bool holdsAnswers = false;
+    bool isAsked() const { return !held_.empty(); }
     // On a thread of its own, which has ended on return.
     void answerNext() {
         ASSERT_FALSE(held_.empty());
@@ -57,37 +74,9 @@ class ScriptedCore : public ZorvikCoreApiSDK {
         std::thread(task).join();
     }
 
-    // name(argument, ...)
-    std::vector<std::string> takeCalls() { return std::exchange(calls_, {}); }
-    // NAME ["key": value, ...] for an event of the plain token's checkout; the three ids stand
-    // behind the name where they are others, as does "none".
-    std::vector<std::string> events() const {
-        const std::scoped_lock lock(mutex_);
-        return events_;
-    }
-    std::vector<std::string> takeEvents() {
-        const std::scoped_lock lock(mutex_);
-        return std::exchange(events_, {});
-    }
-
-    void record(const std::string& event) {
-        const std::scoped_lock lock(mutex_);
-        events_.push_back(event);
-    }
+    // `answer`: none for a call that has no completion.
     void call(const std::string& name, const std::vector<platform::Value>& arguments,
-              std::function<void()> answer) {
-        std::string list;
-        for (const auto& argument : arguments) {
-            if (&argument != &arguments.front()) list += ", ";
-            list += argument == platform::Value(plainToken()) ? "TOKEN" : description(argument);
-        }
-        calls_.push_back(name + '(' + list + ')');
-        if (holdsAnswers) {
-            held_.push_back(std::move(answer));
-        } else {
-            platform::Environment::runInBackground(std::move(answer));
-        }
-    }
+              std::function<void()> answer = {});
 
     void createOrder(double amount, const std::string& currency,
                      const std::vector<platform::Dictionary>& orderLineItems,
@@ -125,10 +114,7 @@ class ScriptedCore : public ZorvikCoreApiSDK {
     }
 
   private:
-    std::vector<std::string> calls_;
     std::deque<std::function<void()>> held_;
-    mutable std::mutex mutex_;
-    std::vector<std::string> events_;
 };
 
 }  // namespace zorvik

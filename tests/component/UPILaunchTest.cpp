@@ -9,8 +9,8 @@ class UPILaunchTest : public CheckoutTest {
         port.application().install("upi");
         port.application().install("stubborn", false);
     }
-    void requestIntent(const std::string& url, const std::string& more = R"(,"tr":"T1")") {
-        postIntent(stringBody(R"({"url":")" + url + R"(","package_name":"app.one")" + more + "}"));
+    void requestIntent(const std::string& url, const std::string& more = R"(,"tr":"T2")") {
+        postIntent(stringBody(R"({"url":")" + url + R"(","package_name":"app.two")" + more + "}"));
     }
     const auto& record() { return port.defaults().entries(); }
 };
@@ -19,77 +19,124 @@ TEST_F(UPILaunchTest, TheRecordIsWrittenOnceTheHandOffIsConfirmed) {
     using testing::Pair;
     openScreen();
     requestIntent("upi://pay?pa=shop@bank&am=1");
+    runTurn();
     EXPECT_THAT(port.application().openedUrls(), ElementsAre("upi://pay?pa=shop@bank&am=1"));
     EXPECT_THAT(record(), IsEmpty());
     scheduler.setNow(now + 2);
-    EXPECT_TRUE(scheduler.runOneTurn());
+    run();
+    EXPECT_TRUE(hasTranscript(R"(
+-- turn 1
+event UPI_INTENT_STARTED ["parameters": "{\"url\":\"upi://pay?pa=shop@bank&am=1\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
+[UPI LAUNCH] ✅ URL created successfully
+[UPI LAUNCH] 🔍 URL scheme: upi
+[UPI LAUNCH] 🔍 URL host: pay
+[UPI LAUNCH] 📱 Can open URL: true
+[UPI LAUNCH] ✅ UPI app is installed, launching...
+-- turn 2
+[UPI LAUNCH] ✅ UPI app launched successfully!
+[UPI LAUNCH] 📱 App will go to background
+[TRANSACTION STORE] 🚀 Storing transaction details for UPI app return tracking!
+[TRANSACTION STORE] 📱 Package name: app.two
+[TRANSACTION STORE] 🔢 Transaction ID: T2
+[TRANSACTION STORE] 📱 Stored at: 2027-01-15 08:00:02 +0000
+[TRANSACTION STORE] ✅ Transaction details stored successfully
+[TRANSACTION STORE] 📊 Ready to detect UPI app return
+)"));
     EXPECT_THAT(record(),
-                ElementsAre(Pair("current_package_name", DefaultsValue("app.one")),
-                            Pair("current_transaction_id", DefaultsValue("T1")),
+                ElementsAre(Pair("current_package_name", DefaultsValue("app.two")),
+                            Pair("current_transaction_id", DefaultsValue("T2")),
                             Pair("transaction_start_time", DefaultsValue(Date{now + 2}))));
-    EXPECT_EQ(lines.back(), "[TRANSACTION STORE] 📊 Ready to detect UPI app return");
-    EXPECT_THAT(scripts(), IsEmpty());
-    requestIntent("upi://pay", "");  // no transaction id at all
-    runAll();
+    requestIntent("upi:pay", "");  // no transaction id at all
+    run();
     EXPECT_EQ(record().at("current_transaction_id"), DefaultsValue(""));
 }
 
 struct RefusalCase {
     std::string url;
-    std::string status;
-    std::string message;
+    const char* transcript;
 };
 
 TEST_F(UPILaunchTest, AnAppThatDoesNotOpenIsToldToThePageAndKeepsAnEarlierRecord) {
     const RefusalCase cases[] = {
-        {"nobody://pay", "unregistered", "UPI app not installed"},
-        {"stubborn:pay", "unavailable", "Failed to launch UPI app"},
-        {"", "unavailable", "Invalid UPI URL"},
-        {"upi://pay?pn=two words", "unavailable", "Invalid UPI URL"},
-        {"upi://pay?x=%zz", "unavailable", "Invalid UPI URL"},
+        {"nobody:pay", R"(
+-- turn 1
+event UPI_INTENT_STARTED ["parameters": "{\"url\":\"nobody:pay\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
+[UPI LAUNCH] ✅ URL created successfully
+[UPI LAUNCH] 🔍 URL scheme: nobody
+[UPI LAUNCH] 🔍 URL host: nil
+[UPI LAUNCH] 📱 Can open URL: false
+[UPI LAUNCH] ❌ UPI app not installed
+[UPI RESPONSE] 🚀 sendUPIResponse method called!
+[UPI RESPONSE] 📊 Status: unregistered
+[UPI RESPONSE] 📝 Message: UPI app not installed
+[UPI RESPONSE] 📋 JSON String: {"sdk_transaction_enquiry_response":"UPI app not installed","sdk_upi_intent_response":"unregistered"}
+[UPI RESPONSE] 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}
+[UPI RESPONSE] 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}', '*');
+-- turn 2
+script window.postMessage('{\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}', '*');
+-- turn 3
+[UPI RESPONSE] ✅ Response sent successfully: unregistered
+[UPI RESPONSE] ✅ JavaScript executed without errors
+)"},
+        {"stubborn://pay", R"(
+-- turn 1
+event UPI_INTENT_STARTED ["parameters": "{\"url\":\"stubborn://pay\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
+[UPI LAUNCH] ✅ URL created successfully
+[UPI LAUNCH] 🔍 URL scheme: stubborn
+[UPI LAUNCH] 🔍 URL host: pay
+[UPI LAUNCH] 📱 Can open URL: true
+[UPI LAUNCH] ✅ UPI app is installed, launching...
+-- turn 2
+[UPI LAUNCH] ❌ Failed to launch UPI app
+[UPI RESPONSE] 🚀 sendUPIResponse method called!
+[UPI RESPONSE] 📊 Status: unavailable
+[UPI RESPONSE] 📝 Message: Failed to launch UPI app
+[UPI RESPONSE] 📋 JSON String: {"sdk_transaction_enquiry_response":"Failed to launch UPI app","sdk_upi_intent_response":"unavailable"}
+[UPI RESPONSE] 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}
+[UPI RESPONSE] 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
+-- turn 3
+script window.postMessage('{\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
+-- turn 4
+[UPI RESPONSE] ✅ Response sent successfully: unavailable
+[UPI RESPONSE] ✅ JavaScript executed without errors
+)"},
+        {"upi://pay?pn=two words", R"(
+-- turn 1
+event UPI_INTENT_STARTED ["parameters": "{\"url\":\"upi://pay?pn=two words\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
+event EXCEPTION_THROWN ["error": "Invalid UPI URL"]
+[UPI RESPONSE] 🚀 sendUPIResponse method called!
+[UPI RESPONSE] 📊 Status: unavailable
+[UPI RESPONSE] 📝 Message: Invalid UPI URL
+[UPI RESPONSE] 📋 JSON String: {"sdk_transaction_enquiry_response":"Invalid UPI URL","sdk_upi_intent_response":"unavailable"}
+[UPI RESPONSE] 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}
+[UPI RESPONSE] 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
+-- turn 2
+script window.postMessage('{\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
+-- turn 3
+[UPI RESPONSE] ✅ Response sent successfully: unavailable
+[UPI RESPONSE] ✅ JavaScript executed without errors
+)"},
     };
     openScreen();
     storeRecord();
     const auto earlier = record();
-    for (const auto& [url, status, message] : cases) {
-        SCOPED_TRACE(url);
-        forget();
-        requestIntent(url, R"(,"tr":"T2")");
-        runAll();
-        EXPECT_EQ(lastPostedMessage(), (Dictionary{{"sdk_upi_intent_response", status},
-                                                   {"sdk_transaction_enquiry_response", message}}));
-        EXPECT_EQ(lines.back(), "[UPI RESPONSE] ✅ JavaScript executed without errors");
-        const bool isLogged =
-            core.events().back() == R"(EXCEPTION_THROWN ["error": "Invalid UPI URL"])";
-        EXPECT_EQ(isLogged, message == "Invalid UPI URL");
+    for (const auto& [url, transcript] : cases) {
+        requestIntent(url);
+        run();
+        EXPECT_TRUE(hasTranscript(transcript));
         EXPECT_EQ(record(), earlier);
+    }
+    for (const char* url : {"", "upi://pay?x=%zz"}) {
+        requestIntent(url);
+        run();
+        EXPECT_EQ(seen("event").back(), R"(EXCEPTION_THROWN ["error": "Invalid UPI URL"])");
     }
     const auto sent = scripts().size();
     evaluation = someError("boom");
-    requestIntent("nobody://pay");
-    runAll();
-    EXPECT_EQ(lines.back(), "[UPI RESPONSE] ❌ Error sending response: boom");
+    requestIntent("nobody:pay");
+    run();
+    EXPECT_EQ(core.transcript.entries("").back(), "[UPI RESPONSE] ❌ Error sending response: boom");
     EXPECT_EQ(scripts().size(), sent + 1) << "not repeated";
-}
-
-TEST_F(UPILaunchTest, AConfirmationAfterTheScreenIsGoneIsPrintedAndLeavesNoRecord) {
-    for (const auto& [url, line] :
-         {std::pair("upi://pay", "[UPI LAUNCH] 📱 App will go to background"),
-          std::pair("stubborn://pay", "[UPI LAUNCH] ❌ Failed to launch UPI app")}) {
-        auto alone = loadUnshownScreen();
-        requestIntent(url);
-        alone.reset();
-        scheduler.runUntilIdle();
-        EXPECT_EQ(lines.back(), line);
-        EXPECT_THAT(record(), IsEmpty());
-    }
-    openScreen();
-    requestIntent("upi://pay");
-    presenter->dismiss(true);
-    scheduler.runUntilIdle();
-    ASSERT_TRUE(screen()) << "it still slides away";
-    EXPECT_EQ(lines.back(), "[UPI LAUNCH] 📱 App will go to background");
-    EXPECT_THAT(record(), IsEmpty());
 }
 
 }  // namespace
