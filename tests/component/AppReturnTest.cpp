@@ -7,45 +7,33 @@ class AppReturnTest : public CheckoutTest {};
 
 TEST_F(AppReturnTest, AReturnUrlIsReadAloudFromItsPartsToItsOutcome) {
     openScreen();
-    EXPECT_EQ(decide("shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&c=3&c&status=x"), Policy::cancel);
-    EXPECT_TRUE(hasTranscript(R"(
-[URL INTERCEPT] 🔍 Intercepted URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&c=3&c&status=x
-[URL INTERCEPT] 📋 URL type: String
-[URL INTERCEPT] 📊 URL length: 54
-call isUPIAppReturnURL(shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&c=3&c&status=x)
-[UPI RETURN] 🔍 isUPIAppReturnURL called for URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&c=3&c&status=x
-[UPI RETURN] 📊 isUPIAppReturnURL result: true
-call isUPIAppReturnURL(shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&c=3&c&status=x)
-[UPI SCHEME] 🔍 Checking URL scheme: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&c=3&c&status=x
-[UPI SCHEME] 📊 Is UPI return by scheme: true
-[UPI RETURN] 🔍 isUPIAppReturnByScheme called for URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&c=3&c&status=x
-[UPI RETURN] 📊 isUPIAppReturnByScheme result: true
-[UPI RETURN] 🎯 Detected UPI app return URL!
-[UPI RETURN] 🔗 UPI return URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&c=3&c&status=x
-[UPI RETURN] 🚀 User returned from UPI app!
-[UPI RETURN] 🔗 Return URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&c=3&c&status=x
-[UPI RETURN] 📱 Return detected at: 2027-01-15 08:00:00 +0000
-[UPI RETURN] ✅ URL components parsed successfully
-[UPI RETURN] 🔍 URL scheme: shopreturn
-[UPI RETURN] 🔍 URL host: back
-[UPI RETURN] 🔍 URL path: /p
-[UPI RETURN] 📋 Query param: a = 1
-[UPI RETURN] 📋 Query param: b = nil
-[UPI RETURN] 📋 Query param: a = 2
-[UPI RETURN] 📋 Query param: b = é+
-[UPI RETURN] 📋 Query param: c = 3
-[UPI RETURN] 📋 Query param: c = nil
-[UPI RETURN] 📋 Query param: status = x
-[UPI RETURN] 📊 Transaction data: ["a": "2", "b": "é+", "status": "x"]
-[UPI RETURN] 📋 Query items count: 7
-[UPI RETURN] 📊 Status found: x
-[UPI RETURN] ❓ Unknown status: x
-[UPI UNKNOWN] 🚀 Handling UPI unknown status callback!
-[UPI UNKNOWN] 📊 Unknown data: ["a": "2", "b": "é+", "status": "x"]
-[UPI UNKNOWN] ❓ Unknown payment status
+    EXPECT_EQ(decide("shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x"), Policy::cancel);
+    EXPECT_TRUE(leadsTo(R"(
+[URL INTERCEPT] 🔍 Intercepted URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x
+  | 📋 URL type: String | 📊 URL length: 50
+call isUPIAppReturnURL(shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x)
+[UPI RETURN] 🔍 isUPIAppReturnURL called for URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x
+  | 📊 isUPIAppReturnURL result: true
+call isUPIAppReturnURL(shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x)
+[UPI SCHEME] 🔍 Checking URL scheme: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x
+  | 📊 Is UPI return by scheme: true
+[UPI RETURN] 🔍 isUPIAppReturnByScheme called for URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x
+  | 📊 isUPIAppReturnByScheme result: true | 🎯 Detected UPI app return URL!
+  | 🔗 UPI return URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x | 🚀 User returned from UPI app!
+  | 🔗 Return URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x
+  | 📱 Return detected at: 2027-01-15 08:00:00 +0000 | ✅ URL components parsed successfully
+  | 🔍 URL scheme: shopreturn | 🔍 URL host: back | 🔍 URL path: /p | 📋 Query param: a = 1
+  | 📋 Query param: b = nil | 📋 Query param: a = 2 | 📋 Query param: b = é+ | 📋 Query param: b = nil
+  | 📋 Query param: status = x | 📊 Transaction data: ["a": "2", "status": "x"] | 📋 Query items count: 6
+  | 📊 Status found: x | ❓ Unknown status: x
+[UPI UNKNOWN] 🚀 Handling UPI unknown status callback! | 📊 Unknown data: ["a": "2", "status": "x"]
+  | ❓ Unknown payment status
+(turn 1) [UPI UNKNOWN] 📞 Calling delegate failure method
+(turn 2) failure ["error": "Unknown payment status", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "transaction_id": "", "zorvik_order_id": "order-7", "zorvik_transaction_id": ""]
+(background) event PAYMENT_STATUS ["error_reason": "Unknown payment status", "status": "unknown", "transactionId": "", "upi_data": ["a": "2", "status": "x"]]
 )"));
     decide("shopreturn://?status=success&x=%zz");
-    EXPECT_EQ(core.transcript.entries("").back(), "[UPI RETURN] ❌ Failed to parse URL components");
+    EXPECT_EQ(last(), "[UPI RETURN] ❌ Failed to parse URL components");
 }
 
 struct StatusCase {
@@ -68,6 +56,8 @@ TEST_F(AppReturnTest, AReturnUrlIsRoutedByTheLastStatusWordThatHasAValue) {
          "SUCCESS"},
         {"?tr=T1&tr=T2", "✅ Assuming success based on transaction ID: T2", "SUCCESS"},
         {"?tr=T1&tr", none, "UNKNOWN"},
+        {"?tr=", none, "UNKNOWN"},
+        {"", none, "UNKNOWN"},
         {"?", none, "UNKNOWN"},
         {"?Status=success&transactionId=T1", none, "UNKNOWN"},
         {"?status=%73uccess#status=failure", "✅ Payment successful", "SUCCESS"},
@@ -76,109 +66,63 @@ TEST_F(AppReturnTest, AReturnUrlIsRoutedByTheLastStatusWordThatHasAValue) {
     for (const auto& row : cases) {
         SCOPED_TRACE(row.query);
         EXPECT_EQ(decide("shopreturn://back/p" + row.query), Policy::cancel);
-        EXPECT_THAT(take(), HasSubstr("[UPI RETURN] " + row.routing + "\n[UPI " + row.handler +
-                                      "] 🚀 Handling"));
+        EXPECT_THAT(take(),
+                    HasSubstr("| " + row.routing + "\n[UPI " + row.handler + "] 🚀 Handling"));
         scheduler.settle();
     }
 }
 
-struct ActivationCase {
-    const char* name;
-    double seconds;  // since the hand-off; 0: no record
-    const char* transcript;
-};
-
 TEST_F(AppReturnTest, AnActivationIsReadAloudAndTakesTheWayOfItsKind) {
-    const ActivationCase cases[] = {
-        {"without a record", 0, R"(
--- turn 1
-[APP STATE] 🚀 App became active - user returned from UPI app!
-[APP STATE] 📊 Current WebView URL: https://pay.example/checkout?token=TOKEN
-[APP STATE] 📱 App state change detected at: 2027-01-15 08:00:00 +0000
-[APP STATE] 📱 Stored transaction ID: nil
-[APP STATE] 📱 Stored package name: nil
-[APP STATE] 📱 Stored start time: nil
-[APP STATE] ⚠️ No stored transaction details found
-[APP STATE] 📊 This might be a normal app activation or first launch
-)"},
-        {"quick", 4.5, R"(
--- turn 1
-[APP STATE] 🚀 App became active - user returned from UPI app!
-[APP STATE] 📊 Current WebView URL: https://pay.example/checkout?token=TOKEN
-[APP STATE] 📱 App state change detected at: 2027-01-15 08:00:04 +0000
-[APP STATE] 📱 Stored transaction ID: T1
-[APP STATE] 📱 Stored package name: app.one
-[APP STATE] 📱 Stored start time: 2027-01-15 08:00:00 +0000
-[APP STATE] 🎯 UPI app was launched - checking return status...
-[APP STATE] 📱 UPI App Package: app.one
-[APP STATE] 🔢 Transaction ID: T1
-[APP STATE] ⏱️ Time since UPI app launch: 4.5 seconds
-[APP STATE] ⚠️ User returned quickly - likely cancelled or went back
-[APP STATE] 📊 Quick return detected (< 5 seconds)
-[APP STATE] 📱 This could be a UPI app return or user back navigation
-[APP STATE] ✅ Webview is still visible - treating as UPI app return
-[UPI BACK] 🚀 User went back from UPI app - Android-style handling!
-[UPI BACK] 📱 Using Android-style UPI intent back handling
-[BACK HANDLER] 🚀 insertJSToWebview called
-[BACK HANDLER] 📊 isDeviceBackPressed: false
--- turn 2
-[BACK HANDLER] 📱 Handling UPI intent back
-[UPI BACK] 🚀 UPI intent back - Android-style handling
-[UPI BACK] 📊 Order ID: order-7
-[UPI BACK] 📊 Transaction ID: T1
-call getTransactionEnquiry(TOKEN, order-7, order-7, T1)
--- background
-[UPI BACK] ✅ Transaction enquiry successful
-[UPI BACK] 📜 Executing JavaScript: window.postMessage('{\"transaction_enquiry_api_response\":\"PENDING \\"'\\\",\"upi_intent_back_response\":\"close\"}', '*');
--- turn 4
-script window.postMessage('{\"transaction_enquiry_api_response\":\"PENDING \\"'\\\",\"upi_intent_back_response\":\"close\"}', '*');
--- turn 5
-[UPI BACK] ✅ JavaScript executed successfully
-)"},
-        {"extended", 5, R"(
--- turn 1
-[APP STATE] 🚀 App became active - user returned from UPI app!
-[APP STATE] 📊 Current WebView URL: https://pay.example/checkout?token=TOKEN
-[APP STATE] 📱 App state change detected at: 2027-01-15 08:00:05 +0000
-[APP STATE] 📱 Stored transaction ID: T1
-[APP STATE] 📱 Stored package name: app.one
-[APP STATE] 📱 Stored start time: 2027-01-15 08:00:00 +0000
-[APP STATE] 🎯 UPI app was launched - checking return status...
-[APP STATE] 📱 UPI App Package: app.one
-[APP STATE] 🔢 Transaction ID: T1
-[APP STATE] ⏱️ Time since UPI app launch: 5.0 seconds
-[APP STATE] ✅ User returned after some time - likely completed payment
-[APP STATE] 📊 Extended return detected (≥ 5 seconds)
-[APP STATE] 📱 This is most likely a completed UPI payment
-)"},
-    };
     core.enquiryAnswer = TransactionEnquiryResponse{Order{"PENDING \"'\\"}, {}};
     openScreen();
-    for (const auto& [name, seconds, transcript] : cases) {
-        SCOPED_TRACE(name);
-        if (seconds > 0) storeRecord();
-        comeBackAfter(seconds);
-        run();
-        EXPECT_TRUE(hasTranscript(transcript));
-    }
-    EXPECT_THAT(port.defaults().entries(), SizeIs(3)) << "the record stays";
-}
-
-TEST_F(AppReturnTest, FromFiveSecondsOnAReturnIsNoLongerAUPIIntentBack) {
-    openScreen(optionsOf("abc"));
+    comeBackAfter(0);
+    EXPECT_TRUE(leadsTo(R"(
+(turn 1) [APP STATE] 🚀 App became active - user returned from UPI app!
+  | 📊 Current WebView URL: https://pay.example/checkout?token=TOKEN
+  | 📱 App state change detected at: 2027-01-15 08:00:00 +0000 | 📱 Stored transaction ID: nil
+  | 📱 Stored package name: nil | 📱 Stored start time: nil | ⚠️ No stored transaction details found
+  | 📊 This might be a normal app activation or first launch
+)"));
     storeRecord();
-    for (const auto& [seconds, isQuick] :
-         {std::pair(0.0, true), {4.99, true}, {86'400, false}, {-60, true}}) {
+    comeBackAfter(4.5);
+    EXPECT_TRUE(leadsTo(R"(
+[APP STATE] 📱 App state change detected at: 2027-01-15 08:00:04 +0000 | 📱 Stored transaction ID: T1
+  | 📱 Stored package name: app.one | 📱 Stored start time: 2027-01-15 08:00:00 +0000
+  | 🎯 UPI app was launched - checking return status... | 📱 UPI App Package: app.one
+  | 🔢 Transaction ID: T1 | ⏱️ Time since UPI app launch: 4.5 seconds
+  | ⚠️ User returned quickly - likely cancelled or went back | 📊 Quick return detected (< 5 seconds)
+  | 📱 This could be a UPI app return or user back navigation
+  | ✅ Webview is still visible - treating as UPI app return
+[UPI BACK] 🚀 User went back from UPI app - Android-style handling!
+  | 📱 Using Android-style UPI intent back handling
+[BACK HANDLER] 🚀 insertJSToWebview called | 📊 isDeviceBackPressed: false
+(turn 2) [BACK HANDLER] 📱 Handling UPI intent back
+[UPI BACK] 🚀 UPI intent back - Android-style handling | 📊 Order ID: order-7 | 📊 Transaction ID: T1
+call getTransactionEnquiry(TOKEN, order-7, order-7, T1)
+(background) [UPI BACK] ✅ Transaction enquiry successful
+  | 📜 Executing JavaScript: window.postMessage('{\"transaction_enquiry_api_response\":\"PENDING \\"'\\\",\"upi_intent_back_response\":\"close\"}', '*');
+(turn 4) script window.postMessage('{\"transaction_enquiry_api_response\":\"PENDING \\"'\\\",\"upi_intent_back_response\":\"close\"}', '*');
+(turn 5) [UPI BACK] ✅ JavaScript executed successfully
+)",
+                        "[APP STATE] 📱 App state"));
+    comeBackAfter(5);
+    EXPECT_TRUE(leadsTo(R"(
+[APP STATE] ⏱️ Time since UPI app launch: 5.0 seconds
+  | ✅ User returned after some time - likely completed payment
+  | 📊 Extended return detected (≥ 5 seconds) | 📱 This is most likely a completed UPI payment
+)",
+                        "[APP STATE] ⏱️"));
+    for (const double seconds : {-60.0, 4.99}) {
         comeBackAfter(seconds);
         run();
-        EXPECT_THAT(seen("call"), SizeIs(isQuick ? 1 : 0)) << seconds;
+        EXPECT_THAT(seen("script"), SizeIs(1)) << "as quick as any";
         forget();
     }
     screen()->setShownByStage(false);
     comeBackAfter(1);
     run();
-    EXPECT_EQ(core.transcript.entries("").back(),
-              "[APP STATE] ⚠️ Webview is not visible - might be user back navigation");
+    EXPECT_EQ(last(), "[APP STATE] ⚠️ Webview is not visible - might be user back navigation");
+    EXPECT_THAT(port.defaults().entries(), SizeIs(3)) << "the record stays";
 }
 
 TEST_F(AppReturnTest, APartialRecordOrAStartTimeOfAnotherTypeIsNone) {
@@ -189,63 +133,44 @@ TEST_F(AppReturnTest, APartialRecordOrAStartTimeOfAnotherTypeIsNone) {
     };
     openScreen();
     for (const auto& [missing, startTime] : cases) {
-        SCOPED_TRACE(missing);
         storeRecord(startTime);
         port.defaults().remove(missing);
         comeBackAfter(1);
         run();
-        EXPECT_THAT(take(),
-                    HasSubstr("\n[APP STATE] ⚠️ No stored transaction details found\n"));
+        EXPECT_EQ(last(), "[APP STATE] 📊 This might be a normal app activation or first launch")
+            << missing;
     }
 }
 
 struct ProcessingCase {
     std::string url;
-    const char* transcript;  // of the look at the page; "": it is none of a payment's
-    const char* report = "";
+    const char* transcript;  // of the look at the page
+    std::size_t reports = 0;
 };
 
 TEST_F(AppReturnTest, AProcessingPagesResponseIsLookedForOnEveryPath) {
     const ProcessingCase cases[] = {
-        {"Processing?response=1", ""},
+        {"Processing?response=1", "\n"},
         {"processing?response=%zz", R"(
-[APP STATE] 🎯 Processing URL detected!
-[APP STATE] 📋 URL contains 'processing' - checking for payment response...
+[APP STATE] 🎯 Processing URL detected! | 📋 URL contains 'processing' - checking for payment response...
 )"},
         {"a?x=processing&Response=1", R"(
-[APP STATE] 🎯 Processing URL detected!
-[APP STATE] 📋 URL contains 'processing' - checking for payment response...
-[APP STATE] 📊 Query parameters: [x=processing, Response=1]
-[APP STATE] ⚠️ No response parameter found in processing URL
-[APP STATE] 📋 This might be a processing page that will redirect to response URL
-[APP STATE] 🔄 Waiting for processing page to complete...
+[APP STATE] 🎯 Processing URL detected! | 📋 URL contains 'processing' - checking for payment response...
+  | 📊 Query parameters: [x=processing, Response=1] | ⚠️ No response parameter found in processing URL
+  | 📋 This might be a processing page that will redirect to response URL
+  | 🔄 Waiting for processing page to complete...
 )"},
-        {"processing?response=7", R"(
-[APP STATE] 🎯 Processing URL detected!
-[APP STATE] 📋 URL contains 'processing' - checking for payment response...
-[APP STATE] 📊 Query parameters: [response=7]
-[APP STATE] 🎯 Found response parameter!
-[APP STATE] 📝 Response value: 7
-[REDIRECT] 🚀 handleWebViewRespCheckUrl called!
-[REDIRECT] 🔗 Processing URL: https://pay.example/processing?response=7
-[REDIRECT] 📊 Available query items: [response=7]
-[REDIRECT] ✅ Response parameter found: 7
-[REDIRECT] 🚀 handleParsedResponse called with data: [:]
-)", "success"},
         {"processing?response&response=7", R"(
-[APP STATE] 🎯 Processing URL detected!
-[APP STATE] 📋 URL contains 'processing' - checking for payment response...
-[APP STATE] 📊 Query parameters: [response, response=7]
-[APP STATE] 🎯 Found response parameter!
-[APP STATE] 📝 Response value: nil
+[APP STATE] 🎯 Processing URL detected! | 📋 URL contains 'processing' - checking for payment response...
+  | 📊 Query parameters: [response, response=7] | 🎯 Found response parameter! | 📝 Response value: nil
 [REDIRECT] 🚀 handleWebViewRespCheckUrl called!
-[REDIRECT] 🔗 Processing URL: https://pay.example/processing?response&response=7
-[REDIRECT] 📊 Available query items: [response, response=7]
-[REDIRECT] ❌ No response parameter found
-)", "failure"},
+  | 🔗 Processing URL: https://pay.example/processing?response&response=7
+  | 📊 Available query items: [response, response=7] | ❌ No response parameter found
+)",
+         1},
     };
     openScreen();
-    for (const auto& [url, transcript, report] : cases) {
+    for (const auto& [url, transcript, reports] : cases) {
         page().replaceUrl("https://pay.example/" + url);
         for (const double seconds : {-1, 10, 2}) {  // without a record, extended, quick
             SCOPED_TRACE(url);
@@ -254,8 +179,7 @@ TEST_F(AppReturnTest, AProcessingPagesResponseIsLookedForOnEveryPath) {
             runTurn();
             EXPECT_TRUE(hasTranscript(transcript, "[APP STATE] 🎯 Processing"));
             run();
-            EXPECT_THAT(seen("success"), SizeIs(report == std::string("success") ? 1 : 0));
-            EXPECT_THAT(seen("failure"), SizeIs(report == std::string("failure") ? 1 : 0));
+            EXPECT_THAT(seen("failure"), SizeIs(reports));
             forget();
         }
         port.defaults().remove("current_transaction_id");

@@ -12,7 +12,6 @@
 
 #include "platform/foundation/Console.h"
 #include "platform/foundation/Data.h"
-#include "platform/foundation/JSONSerialization.h"
 #include "platform/headless/HeadlessPlatform.h"
 #include "platform/uikit/UILabel.h"
 #include "platform/uikit/UIViewController.h"
@@ -22,12 +21,6 @@
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
 
 namespace zorvik {
-
-namespace platform {
-inline void PrintTo(const Value& value, std::ostream* out) {
-    *out << description(value).substr(0, 400);
-}
-}  // namespace platform
 
 using Apps = std::optional<std::vector<UPIAppsVO>>;
 using Lines = std::vector<std::string>;
@@ -78,28 +71,6 @@ inline ZorvikCheckoutOptions optionsOf(const std::optional<std::string>& token) 
 }
 inline platform::Error someError(const std::string& description) {
     return {"test", 5, description};
-}
-// What a single-quoted script literal of this source text evaluates to.
-inline std::string evaluatedLiteral(const std::string& source) {
-    std::string text;
-    for (std::size_t index = 0; index < source.size(); ++index) {
-        char character = source[index];
-        EXPECT_EQ(std::string("'\n\r").find(character), std::string::npos) << "ends the literal";
-        if (character == '\\') {
-            const char escaped = source.at(++index);
-            const auto place = std::string("nrt").find(escaped);
-            character = place == std::string::npos ? escaped : "\n\r\t"[place];
-        }
-        text += character;
-    }
-    return text;
-}
-inline Dictionary parsedObject(const std::string& json) {
-    using platform::JSONSerialization;
-    const auto value = JSONSerialization::jsonObject(json, JSONSerialization::ReadingOptions::none);
-    const bool isObject = value && value.value().dictionary() != nullptr;
-    EXPECT_TRUE(isObject) << json.substr(0, 400);
-    return isObject ? *value.value().dictionary() : Dictionary();
 }
 inline ScriptValue stringBody(const std::string& text) {
     return {ScriptValue::Type::string, text};
@@ -220,25 +191,27 @@ class CheckoutTest : public testing::Test {
         take();
         scheduler.setNow(now);
     }
-    std::string take() {
+    std::string take(const std::string& from = "") {
         turn = 0;
-        return core.transcript.take();
+        return core.transcript.take(from);
     }
-    // Whether the transcript, from its first line with this beginning on, is the text to the
+    // Whether the transcript, from its first entry with this beginning on, is the text to the
     // character. It starts anew.
     testing::AssertionResult hasTranscript(const std::string& text, const std::string& from = "") {
-        const std::string all = take();
-        const auto start = std::min(all.find('\n' + from), all.size());
-        const auto place = std::mismatch(all.begin() + static_cast<std::ptrdiff_t>(start),
-                                         all.end(), text.begin(), text.end());
-        if (place.first == all.end() && place.second == text.end()) {
-            return testing::AssertionSuccess();
-        }
-        const auto line = 1 + std::count(text.begin(), place.second, '\n');
-        return testing::AssertionFailure() << "it differs from line " << line << " on:" << all;
+        const std::string heard = take(from);
+        if (heard == text) return testing::AssertionSuccess();
+        const auto differs = std::mismatch(heard.begin(), heard.end(), text.begin(), text.end());
+        return testing::AssertionFailure()
+               << "from line " << std::count(heard.begin(), differs.first, '\n') << " on:" << heard;
     }
-    // What was recorded with this word before it.
+    // The same for what comes until nothing is left to run.
+    testing::AssertionResult leadsTo(const std::string& text, const std::string& from = "") {
+        run();
+        return hasTranscript(text, from);
+    }
+    // What was recorded with this word before it; the last entry of all.
     Lines seen(const std::string& word) const { return core.transcript.entries(word + ' '); }
+    std::string last() const { return core.transcript.entries("").back(); }
 
     std::shared_ptr<ZorvikCheckoutWebView> screen() const { return screen_.lock(); }
     platform::headless::ScriptedPage& page() { return port.web().page(); }

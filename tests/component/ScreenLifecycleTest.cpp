@@ -71,13 +71,10 @@ TEST_F(ScreenLifecycleTest, ADismissalCleansUpThreeTimesInOrderAndLeavesNothingB
         const auto before = port.defaults().removals().size();
         dismissScreen();
         EXPECT_TRUE(hasTranscript(R"(
-[VIEW LIFECYCLE] 🚀 viewWillDisappear called
-[VIEW LIFECYCLE] 📊 Is being dismissed: true
-[VIEW LIFECYCLE] 🧹 Performing cleanup due to dismissal
--- later
-[VIEW LIFECYCLE] 🚀 viewDidDisappear called
-[VIEW LIFECYCLE] 📊 Is being dismissed: true
-[VIEW LIFECYCLE] 🧹 Performing cleanup due to dismissal
+[VIEW LIFECYCLE] 🚀 viewWillDisappear called | 📊 Is being dismissed: true
+  | 🧹 Performing cleanup due to dismissal
+(later) [VIEW LIFECYCLE] 🚀 viewDidDisappear called | 📊 Is being dismissed: true
+  | 🧹 Performing cleanup due to dismissal
 )"));
         Lines removals = port.defaults().removals();
         removals.erase(removals.begin(), removals.begin() + static_cast<std::ptrdiff_t>(before));
@@ -115,26 +112,19 @@ TEST_F(ScreenLifecycleTest, ADismissedScreenThatIsStillHeldDoesNothingWithoutIts
         {"openUpiIntent", stringBody(R"({"url":"","package_name":"p"})")});
     runAll();
     EXPECT_TRUE(hasTranscript(R"(
-[BACK HANDLER] 🚀 Device back button pressed - Android-style handling
-[BACK HANDLER] 🚀 insertJSToWebview called
-[BACK HANDLER] 📊 isDeviceBackPressed: true
+[BACK HANDLER] 🚀 Device back button pressed - Android-style handling | 🚀 insertJSToWebview called
+  | 📊 isDeviceBackPressed: true
 event WEBVIEW_LOADED ["url": "https://pay.example/checkout?token=TOKEN"]
 event UPI_INTENT_STARTED ["parameters": "{\"url\":\"\",\"package_name\":\"p\"}", "transactionId": ""]
 event EXCEPTION_THROWN ["error": "Invalid UPI URL"]
-[UPI RESPONSE] 🚀 sendUPIResponse method called!
-[UPI RESPONSE] 📊 Status: unavailable
-[UPI RESPONSE] 📝 Message: Invalid UPI URL
-[UPI RESPONSE] 📋 JSON String: {"sdk_transaction_enquiry_response":"Invalid UPI URL","sdk_upi_intent_response":"unavailable"}
-[UPI RESPONSE] 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}
-[UPI RESPONSE] 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
--- turn 2
-[BACK HANDLER] 📱 Handling device back pressed
-[BACK HANDLER] 🚀 Device back pressed - Android-style handling
-[BACK HANDLER] 📊 Current URL: 
-[BACK HANDLER] 📊 Expected URL: https://pay.example/checkout?token=TOKEN
-[BACK HANDLER] 📜 Executing JavaScript: window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
--- background
-event BACK_BUTTON_PRESSED ["current_url": ""]
+[UPI RESPONSE] 🚀 sendUPIResponse method called! | 📊 Status: unavailable | 📝 Message: Invalid UPI URL
+  | 📋 JSON String: {"sdk_transaction_enquiry_response":"Invalid UPI URL","sdk_upi_intent_response":"unavailable"}
+  | 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}
+  | 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
+(turn 2) [BACK HANDLER] 📱 Handling device back pressed | 🚀 Device back pressed - Android-style handling
+  | 📊 Current URL:  | 📊 Expected URL: https://pay.example/checkout?token=TOKEN
+  | 📜 Executing JavaScript: window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
+(background) event BACK_BUTTON_PRESSED ["current_url": ""]
 )"));
     EXPECT_TRUE(web->isHidden());
 }
@@ -160,18 +150,14 @@ TEST_F(ScreenLifecycleTest, AnswersThatArriveWhileTheScreenSlidesAwayFindNoPage)
     ASSERT_TRUE(screen()) << "it still slides";
     EXPECT_TRUE(hasTranscript(R"(
 [UPI BACK] ✅ Transaction enquiry successful
-[UPI BACK] 📜 Executing JavaScript: window.postMessage('{\"transaction_enquiry_api_response\":\"\",\"upi_intent_back_response\":\"close\"}', '*');
--- turn 1
-[UPI LAUNCH] ✅ UPI app launched successfully!
-[UPI LAUNCH] 📱 App will go to background
--- turn 2
-[UPI LAUNCH] ❌ Failed to launch UPI app
-[UPI RESPONSE] 🚀 sendUPIResponse method called!
-[UPI RESPONSE] 📊 Status: unavailable
-[UPI RESPONSE] 📝 Message: Failed to launch UPI app
-[UPI RESPONSE] 📋 JSON String: {"sdk_transaction_enquiry_response":"Failed to launch UPI app","sdk_upi_intent_response":"unavailable"}
-[UPI RESPONSE] 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}
-[UPI RESPONSE] 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
+  | 📜 Executing JavaScript: window.postMessage('{\"transaction_enquiry_api_response\":\"\",\"upi_intent_back_response\":\"close\"}', '*');
+(turn 1) [UPI LAUNCH] ✅ UPI app launched successfully! | 📱 App will go to background
+(turn 2) [UPI LAUNCH] ❌ Failed to launch UPI app
+[UPI RESPONSE] 🚀 sendUPIResponse method called! | 📊 Status: unavailable
+  | 📝 Message: Failed to launch UPI app
+  | 📋 JSON String: {"sdk_transaction_enquiry_response":"Failed to launch UPI app","sdk_upi_intent_response":"unavailable"}
+  | 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}
+  | 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
 )"));
     EXPECT_THAT(port.defaults().entries(), IsEmpty());
 }
@@ -184,13 +170,10 @@ TEST_F(ScreenLifecycleTest, AnotherScreenAboveIsNoDismissalAndKeepsEverything) {
     screen()->present(above, false);
     runAll();
     EXPECT_TRUE(hasTranscript(R"(
-[VIEW LIFECYCLE] 🚀 viewWillDisappear called
-[VIEW LIFECYCLE] 📊 Is being dismissed: false
-[VIEW LIFECYCLE] ⏸️ Skipping cleanup - might be UPI app return
--- turn 1
-[VIEW LIFECYCLE] 🚀 viewDidDisappear called
-[VIEW LIFECYCLE] 📊 Is being dismissed: false
-[VIEW LIFECYCLE] ⏸️ Skipping cleanup - might be UPI app return
+[VIEW LIFECYCLE] 🚀 viewWillDisappear called | 📊 Is being dismissed: false
+  | ⏸️ Skipping cleanup - might be UPI app return
+(turn 1) [VIEW LIFECYCLE] 🚀 viewDidDisappear called | 📊 Is being dismissed: false
+  | ⏸️ Skipping cleanup - might be UPI app return
 )"));
     EXPECT_THAT(port.defaults().entries(), SizeIs(3));
     EXPECT_THAT(page().messageHandlers(), SizeIs(1));
@@ -206,12 +189,9 @@ TEST_F(ScreenLifecycleTest, AScreenTakenFromItsParentIsDismissed) {
     forget();
     alone->removeFromParent();
     EXPECT_TRUE(hasTranscript(R"(
-[VIEW LIFECYCLE] 🚀 viewWillDisappear called
-[VIEW LIFECYCLE] 📊 Is being dismissed: true
-[VIEW LIFECYCLE] 🧹 Performing cleanup due to dismissal
-[VIEW LIFECYCLE] 🚀 viewDidDisappear called
-[VIEW LIFECYCLE] 📊 Is being dismissed: true
-[VIEW LIFECYCLE] 🧹 Performing cleanup due to dismissal
+[VIEW LIFECYCLE] 🚀 viewWillDisappear called | 📊 Is being dismissed: true
+  | 🧹 Performing cleanup due to dismissal | 🚀 viewDidDisappear called | 📊 Is being dismissed: true
+  | 🧹 Performing cleanup due to dismissal
 )"));
     EXPECT_THAT(port.defaults().entries(), IsEmpty());
     EXPECT_THAT(page().messageHandlers(), IsEmpty());

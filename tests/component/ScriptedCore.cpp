@@ -45,12 +45,33 @@ std::vector<std::string> Transcript::entries(const std::string& prefix) const {
     return found;
 }
 
-std::string Transcript::take() {
+std::string Transcript::take(const std::string& from) {
+    constexpr std::size_t width = 110;
     const std::scoped_lock lock(mutex_);
-    std::string text = "\n";
-    for (const auto& entry : std::exchange(entries_, {}))
-        text += entry + '\n';
-    return text;
+    std::string text;
+    std::string mark;
+    std::string tag;
+    std::size_t used = 0;
+    bool hasBegun = false;
+    for (const auto& entry : std::exchange(entries_, {})) {
+        hasBegun = hasBegun || entry.starts_with(from);
+        if (!hasBegun) continue;
+        if (entry.starts_with("--")) {
+            mark = '(' + entry.substr(3) + ") ";
+            tag.clear();
+        } else if (!tag.empty() && entry.starts_with(tag)) {
+            const std::string part = " | " + entry.substr(tag.size());
+            if (used + part.size() > width) text += "\n ";
+            used = used + part.size() > width ? part.size() : used + part.size();
+            text += part;
+        } else {
+            const std::string line = std::exchange(mark, "") + entry;
+            text += '\n' + line;
+            used = line.size();
+            tag = entry.starts_with('[') ? entry.substr(0, entry.find(']') + 2) : "";
+        }
+    }
+    return text + '\n';
 }
 
 void ScriptedCore::call(const std::string& name, const std::vector<platform::Value>& arguments,

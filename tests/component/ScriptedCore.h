@@ -35,8 +35,9 @@ class Transcript {
     void mark(const std::string& text);
     // The entries so far that start with the prefix, without it and without marks.
     std::vector<std::string> entries(const std::string& prefix) const;
-    // All of it, each entry a line, after an empty line. The transcript starts anew.
-    std::string take();
+    // All of it from the first entry with this beginning on, each entry on a line of its own under
+    // its mark. Console lines of one tag in a row are one paragraph. The transcript starts anew.
+    std::string take(const std::string& from = "");
 
   private:
     mutable std::mutex mutex_;

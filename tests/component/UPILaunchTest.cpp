@@ -23,24 +23,14 @@ TEST_F(UPILaunchTest, TheRecordIsWrittenOnceTheHandOffIsConfirmed) {
     EXPECT_THAT(port.application().openedUrls(), ElementsAre("upi://pay?pa=shop@bank&am=1"));
     EXPECT_THAT(record(), IsEmpty());
     scheduler.setNow(now + 2);
-    run();
-    EXPECT_TRUE(hasTranscript(R"(
--- turn 1
-event UPI_INTENT_STARTED ["parameters": "{\"url\":\"upi://pay?pa=shop@bank&am=1\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
-[UPI LAUNCH] ✅ URL created successfully
-[UPI LAUNCH] 🔍 URL scheme: upi
-[UPI LAUNCH] 🔍 URL host: pay
-[UPI LAUNCH] 📱 Can open URL: true
-[UPI LAUNCH] ✅ UPI app is installed, launching...
--- turn 2
-[UPI LAUNCH] ✅ UPI app launched successfully!
-[UPI LAUNCH] 📱 App will go to background
-[TRANSACTION STORE] 🚀 Storing transaction details for UPI app return tracking!
-[TRANSACTION STORE] 📱 Package name: app.two
-[TRANSACTION STORE] 🔢 Transaction ID: T2
-[TRANSACTION STORE] 📱 Stored at: 2027-01-15 08:00:02 +0000
-[TRANSACTION STORE] ✅ Transaction details stored successfully
-[TRANSACTION STORE] 📊 Ready to detect UPI app return
+    EXPECT_TRUE(leadsTo(R"(
+(turn 1) event UPI_INTENT_STARTED ["parameters": "{\"url\":\"upi://pay?pa=shop@bank&am=1\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
+[UPI LAUNCH] ✅ URL created successfully | 🔍 URL scheme: upi | 🔍 URL host: pay
+  | 📱 Can open URL: true | ✅ UPI app is installed, launching...
+(turn 2) [UPI LAUNCH] ✅ UPI app launched successfully! | 📱 App will go to background
+[TRANSACTION STORE] 🚀 Storing transaction details for UPI app return tracking! | 📱 Package name: app.two
+  | 🔢 Transaction ID: T2 | 📱 Stored at: 2027-01-15 08:00:02 +0000
+  | ✅ Transaction details stored successfully | 📊 Ready to detect UPI app return
 )"));
     EXPECT_THAT(record(),
                 ElementsAre(Pair("current_package_name", DefaultsValue("app.two")),
@@ -51,70 +41,42 @@ event UPI_INTENT_STARTED ["parameters": "{\"url\":\"upi://pay?pa=shop@bank&am=1\
     EXPECT_EQ(record().at("current_transaction_id"), DefaultsValue(""));
 }
 
-struct RefusalCase {
-    std::string url;
-    const char* transcript;
-};
-
 TEST_F(UPILaunchTest, AnAppThatDoesNotOpenIsToldToThePageAndKeepsAnEarlierRecord) {
-    const RefusalCase cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"nobody:pay", R"(
--- turn 1
-event UPI_INTENT_STARTED ["parameters": "{\"url\":\"nobody:pay\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
-[UPI LAUNCH] ✅ URL created successfully
-[UPI LAUNCH] 🔍 URL scheme: nobody
-[UPI LAUNCH] 🔍 URL host: nil
-[UPI LAUNCH] 📱 Can open URL: false
-[UPI LAUNCH] ❌ UPI app not installed
-[UPI RESPONSE] 🚀 sendUPIResponse method called!
-[UPI RESPONSE] 📊 Status: unregistered
-[UPI RESPONSE] 📝 Message: UPI app not installed
-[UPI RESPONSE] 📋 JSON String: {"sdk_transaction_enquiry_response":"UPI app not installed","sdk_upi_intent_response":"unregistered"}
-[UPI RESPONSE] 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}
-[UPI RESPONSE] 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}', '*');
--- turn 2
-script window.postMessage('{\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}', '*');
--- turn 3
-[UPI RESPONSE] ✅ Response sent successfully: unregistered
-[UPI RESPONSE] ✅ JavaScript executed without errors
+(turn 1) event UPI_INTENT_STARTED ["parameters": "{\"url\":\"nobody:pay\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
+[UPI LAUNCH] ✅ URL created successfully | 🔍 URL scheme: nobody | 🔍 URL host: nil
+  | 📱 Can open URL: false | ❌ UPI app not installed
+[UPI RESPONSE] 🚀 sendUPIResponse method called! | 📊 Status: unregistered
+  | 📝 Message: UPI app not installed
+  | 📋 JSON String: {"sdk_transaction_enquiry_response":"UPI app not installed","sdk_upi_intent_response":"unregistered"}
+  | 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}
+  | 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}', '*');
+(turn 2) script window.postMessage('{\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}', '*');
+(turn 3) [UPI RESPONSE] ✅ Response sent successfully: unregistered | ✅ JavaScript executed without errors
 )"},
         {"stubborn://pay", R"(
--- turn 1
-event UPI_INTENT_STARTED ["parameters": "{\"url\":\"stubborn://pay\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
-[UPI LAUNCH] ✅ URL created successfully
-[UPI LAUNCH] 🔍 URL scheme: stubborn
-[UPI LAUNCH] 🔍 URL host: pay
-[UPI LAUNCH] 📱 Can open URL: true
-[UPI LAUNCH] ✅ UPI app is installed, launching...
--- turn 2
-[UPI LAUNCH] ❌ Failed to launch UPI app
-[UPI RESPONSE] 🚀 sendUPIResponse method called!
-[UPI RESPONSE] 📊 Status: unavailable
-[UPI RESPONSE] 📝 Message: Failed to launch UPI app
-[UPI RESPONSE] 📋 JSON String: {"sdk_transaction_enquiry_response":"Failed to launch UPI app","sdk_upi_intent_response":"unavailable"}
-[UPI RESPONSE] 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}
-[UPI RESPONSE] 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
--- turn 3
-script window.postMessage('{\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
--- turn 4
-[UPI RESPONSE] ✅ Response sent successfully: unavailable
-[UPI RESPONSE] ✅ JavaScript executed without errors
+(turn 1) event UPI_INTENT_STARTED ["parameters": "{\"url\":\"stubborn://pay\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
+[UPI LAUNCH] ✅ URL created successfully | 🔍 URL scheme: stubborn | 🔍 URL host: pay
+  | 📱 Can open URL: true | ✅ UPI app is installed, launching...
+(turn 2) [UPI LAUNCH] ❌ Failed to launch UPI app
+[UPI RESPONSE] 🚀 sendUPIResponse method called! | 📊 Status: unavailable
+  | 📝 Message: Failed to launch UPI app
+  | 📋 JSON String: {"sdk_transaction_enquiry_response":"Failed to launch UPI app","sdk_upi_intent_response":"unavailable"}
+  | 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}
+  | 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
+(turn 3) script window.postMessage('{\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
+(turn 4) [UPI RESPONSE] ✅ Response sent successfully: unavailable | ✅ JavaScript executed without errors
 )"},
         {"upi://pay?pn=two words", R"(
--- turn 1
-event UPI_INTENT_STARTED ["parameters": "{\"url\":\"upi://pay?pn=two words\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
+(turn 1) event UPI_INTENT_STARTED ["parameters": "{\"url\":\"upi://pay?pn=two words\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
 event EXCEPTION_THROWN ["error": "Invalid UPI URL"]
-[UPI RESPONSE] 🚀 sendUPIResponse method called!
-[UPI RESPONSE] 📊 Status: unavailable
-[UPI RESPONSE] 📝 Message: Invalid UPI URL
-[UPI RESPONSE] 📋 JSON String: {"sdk_transaction_enquiry_response":"Invalid UPI URL","sdk_upi_intent_response":"unavailable"}
-[UPI RESPONSE] 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}
-[UPI RESPONSE] 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
--- turn 2
-script window.postMessage('{\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
--- turn 3
-[UPI RESPONSE] ✅ Response sent successfully: unavailable
-[UPI RESPONSE] ✅ JavaScript executed without errors
+[UPI RESPONSE] 🚀 sendUPIResponse method called! | 📊 Status: unavailable | 📝 Message: Invalid UPI URL
+  | 📋 JSON String: {"sdk_transaction_enquiry_response":"Invalid UPI URL","sdk_upi_intent_response":"unavailable"}
+  | 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}
+  | 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
+(turn 2) script window.postMessage('{\"sdk_transaction_enquiry_response\":\"Invalid UPI URL\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
+(turn 3) [UPI RESPONSE] ✅ Response sent successfully: unavailable | ✅ JavaScript executed without errors
 )"},
     };
     openScreen();
@@ -122,20 +84,19 @@ script window.postMessage('{\"sdk_transaction_enquiry_response\":\"Invalid UPI U
     const auto earlier = record();
     for (const auto& [url, transcript] : cases) {
         requestIntent(url);
-        run();
-        EXPECT_TRUE(hasTranscript(transcript));
-        EXPECT_EQ(record(), earlier);
+        EXPECT_TRUE(leadsTo(transcript));
     }
     for (const char* url : {"", "upi://pay?x=%zz"}) {
         requestIntent(url);
         run();
         EXPECT_EQ(seen("event").back(), R"(EXCEPTION_THROWN ["error": "Invalid UPI URL"])");
     }
+    EXPECT_EQ(record(), earlier);
     const auto sent = scripts().size();
     evaluation = someError("boom");
     requestIntent("nobody:pay");
     run();
-    EXPECT_EQ(core.transcript.entries("").back(), "[UPI RESPONSE] ❌ Error sending response: boom");
+    EXPECT_EQ(last(), "[UPI RESPONSE] ❌ Error sending response: boom");
     EXPECT_EQ(scripts().size(), sent + 1) << "not repeated";
 }
 

@@ -43,8 +43,7 @@ TEST_F(UnderWayTest, NothingHoldsTheScreenButWhatMustAndTheRestIsDropped) {
              runTurn();
          },
          Hold::weak, R"(
--- turn 1
-[BACK HANDLER] ❌ JavaScript error: The page is gone.
+(turn 1) [BACK HANDLER] ❌ JavaScript error: The page is gone.
 )"},
         {"the enquiry of a quick return", [&] { returnQuickly(); }},
         {"its answer",
@@ -53,8 +52,7 @@ TEST_F(UnderWayTest, NothingHoldsTheScreenButWhatMustAndTheRestIsDropped) {
              core.answerNext();
          },
          Hold::strong, R"(
--- turn 2
-[UPI BACK] ❌ JavaScript error: The page is gone.
+(turn 2) [UPI BACK] ❌ JavaScript error: The page is gone.
 )"},
         {"an injection",
          [&] {
@@ -65,13 +63,10 @@ TEST_F(UnderWayTest, NothingHoldsTheScreenButWhatMustAndTheRestIsDropped) {
          }},
         {"the fade of a finished page", [&] { screen()->webViewDidFinish(*find<WKWebView>()); }},
         {"a hand-off", [&] { pick("upi:pay"); }, Hold::weak, R"(
--- turn 1
-[UPI LAUNCH] ✅ UPI app launched successfully!
-[UPI LAUNCH] 📱 App will go to background
+(turn 1) [UPI LAUNCH] ✅ UPI app launched successfully! | 📱 App will go to background
 )"},
         {"a refused one", [&] { pick("stubborn:pay"); }, Hold::weak, R"(
--- turn 1
-[UPI LAUNCH] ❌ Failed to launch UPI app
+(turn 1) [UPI LAUNCH] ❌ Failed to launch UPI app
 )"},
         {"a response", [&] { redirect("1"); }},
         {"an address without one", [&] { redirect("%zz"); }},
@@ -81,8 +76,7 @@ TEST_F(UnderWayTest, NothingHoldsTheScreenButWhatMustAndTheRestIsDropped) {
              runTurn();
          }},
         {"the enquiry of a success", [&] { returnWith("success"); }, Hold::strong, R"(
-[UPI SUCCESS] ✅ Transaction enquiry successful
-[UPI SUCCESS] 📊 Response: [:]
+[UPI SUCCESS] ✅ Transaction enquiry successful | 📊 Response: [:]
 )"},
         {"its answer",
          [&] {
@@ -102,8 +96,7 @@ TEST_F(UnderWayTest, NothingHoldsTheScreenButWhatMustAndTheRestIsDropped) {
              runTurn();
          }},
         {"a cancellation", [&] { returnWith("cancelled"); }, Hold::strong, R"(
--- turn 1
-[UPI CANCELLATION] 📞 Calling delegate failure method
+(turn 1) [UPI CANCELLATION] 📞 Calling delegate failure method
 )"},
         {"its second turn and its event",
          [&] {
