@@ -36,7 +36,7 @@ TEST_F(UPILaunchTest, TheRecordIsWrittenOnceTheHandOffIsConfirmed) {
                 ElementsAre(Pair("current_package_name", DefaultsValue("app.two")),
                             Pair("current_transaction_id", DefaultsValue("T2")),
                             Pair("transaction_start_time", DefaultsValue(Date{now + 2}))));
-    requestIntent("upi:pay", "");  // no transaction id at all
+    requestIntent("upi://pay?tr=9", "");  // no transaction id of its own
     run();
     EXPECT_EQ(record().at("current_transaction_id"), DefaultsValue(""));
 }
