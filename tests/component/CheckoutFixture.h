@@ -30,26 +30,27 @@ using platform::ScriptValue, platform::Value, platform::WKWebView, platform::hea
 using testing::Contains, testing::Each, testing::ElementsAre, testing::HasSubstr;
 using testing::IsEmpty, testing::Not, testing::SizeIs, testing::StartsWith;
 
-struct RecordingHost : ZorvikCheckoutSDKDelegate {
-    explicit RecordingHost(std::string hostName = "host") : name(std::move(hostName)) {}
+// A host, and a receiver of a screen's outcome.
+struct Receiver : ZorvikCheckoutSDKDelegate, ZorvikCheckoutWebViewDelegate {
+    explicit Receiver(std::string hostName = "host") : name(std::move(hostName)) {}
 
     const std::string name;
     std::function<void()> whenCalled = [] {};
 
     void onCheckoutResponse(const Dictionary& data) override {
-        ScriptedCore::current->transcript.add(name + ' ' + description(data));
+        hear(name, data);
         whenCalled();
     }
-};
-
-struct RecordingScreenDelegate : ZorvikCheckoutWebViewDelegate {
     void zorvikCheckoutWebViewDidSucceed(const std::shared_ptr<ZorvikCheckoutWebView>&,
                                          const Dictionary& payload) override {
-        ScriptedCore::current->transcript.add("success " + description(payload));
+        hear("success", payload);
     }
     void zorvikCheckoutWebViewDidFail(const std::shared_ptr<ZorvikCheckoutWebView>&,
                                       const Dictionary& payload) override {
-        ScriptedCore::current->transcript.add("failure " + description(payload));
+        hear("failure", payload);
+    }
+    static void hear(const std::string& word, const Dictionary& data) {
+        ScriptedCore::current->transcript.add(word + ' ' + description(data));
     }
 };
 
@@ -130,11 +131,11 @@ class CheckoutTest : public testing::Test {
             std::dynamic_pointer_cast<ZorvikCheckoutWebView>(presenter->presentedViewController());
         ASSERT_TRUE(screen());
     }
-    // Presents a screen whose delegate is `outcome`; runs no turn.
+    // Presents a screen that reports to `host` itself; runs no turn.
     void presentScreen(const ZorvikCheckoutOptions& options = optionsOf(plainToken()),
                        const Apps& apps = std::nullopt) {
         const auto made = ZorvikCheckoutWebView::initWithOptions(options, apps);
-        made->setDelegate(outcome);
+        made->setDelegate(host);
         screen_ = made;
         presenter->present(made, false);
     }
@@ -148,7 +149,7 @@ class CheckoutTest : public testing::Test {
     // One that nobody presents, in a window all the same; the caller owns it.
     std::shared_ptr<ZorvikCheckoutWebView> loadUnpresentedScreen() {
         auto made = ZorvikCheckoutWebView::initWithOptions(optionsOf(plainToken()), std::nullopt);
-        made->setDelegate(outcome);
+        made->setDelegate(host);
         made->setShownByStage(true);
         screen_ = made;
         runAll();
@@ -254,8 +255,7 @@ class CheckoutTest : public testing::Test {
     platform::headless::HeadlessPlatform port;
     platform::headless::HeadlessScheduler& scheduler = port.scheduler();
     ZorvikCheckoutSDK& sdk = ZorvikCheckoutSDK::shared();
-    std::shared_ptr<RecordingHost> host = std::make_shared<RecordingHost>();
-    std::shared_ptr<RecordingScreenDelegate> outcome = std::make_shared<RecordingScreenDelegate>();
+    std::shared_ptr<Receiver> host = std::make_shared<Receiver>();
     std::shared_ptr<platform::UIViewController> presenter;
     ScriptedLoad load;
     platform::Result<ScriptValue> evaluation = ScriptValue{};

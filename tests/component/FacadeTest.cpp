@@ -138,7 +138,7 @@ TEST_F(FacadeTest, AFailureBeforeTheScreenGoesToTheDelegateOfThatMoment) {
     core.orderAnswer = someError("no line");
     for (const char* message :
          {"Failed to update order details: no line", "Failed to get UPI apps: no line"}) {
-        const auto later = std::make_shared<RecordingHost>("later");
+        const auto later = std::make_shared<Receiver>("later");
         sdk.setDelegate(host);
         sdk.checkout(presenter, optionsOf(plainToken()));
         sdk.setDelegate(later);
@@ -168,7 +168,7 @@ TEST_F(FacadeTest, TheTwoFlagsOfACheckoutsStartAreReadWhenTheirTaskRuns) {
     sdk.checkout(presenter, {});
     host.reset();
     expectFlags("false", "false");
-    host = std::make_shared<RecordingHost>();
+    host = std::make_shared<Receiver>();
     sdk.setDelegate(host);
     sdk.checkout(presenter, {});
     sdk.checkout(presenter, {});  // the first bridge goes: its event's task does not keep it

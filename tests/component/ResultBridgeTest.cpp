@@ -72,7 +72,7 @@ TEST_F(ResultBridgeTest, TheHostHearsBeforeTheScreenGoesAndTheEventFollowsInTheB
 }
 
 TEST_F(ResultBridgeTest, AReportReachesTheDelegateOfTheStartAndNoneAfterASecondCheckout) {
-    const auto later = std::make_shared<RecordingHost>("later");
+    const auto later = std::make_shared<Receiver>("later");
     checkout();
     sdk.setDelegate(later);
     redirect("%7B%22payload%22:%7B%22a%22:1%7D%7D");

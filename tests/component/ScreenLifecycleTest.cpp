@@ -129,39 +129,6 @@ event EXCEPTION_THROWN ["error": "Invalid UPI URL"]
     EXPECT_TRUE(web->isHidden());
 }
 
-TEST_F(ScreenLifecycleTest, AnswersThatArriveWhileTheScreenSlidesAwayFindNoPage) {
-    core.holdsAnswers = true;
-    port.application().install("upi");
-    port.application().install("stubborn", false);
-    openScreen();
-    storeRecord();
-    comeBackAfter(1);
-    run();
-    forget();
-    for (const char* url : {"upi:pay", "stubborn:pay"}) {
-        postIntent(stringBody(R"({"package_name":"p","url":")" + std::string(url) + "\"}"));
-    }
-    runTurn();
-    runTurn();  // both wait to be opened
-    presenter->dismiss(true);
-    forget();
-    core.answerNext();
-    run();
-    ASSERT_TRUE(screen()) << "it still slides";
-    EXPECT_TRUE(hasTranscript(R"(
-[UPI BACK] ✅ Transaction enquiry successful
-  | 📜 Executing JavaScript: window.postMessage('{\"transaction_enquiry_api_response\":\"\",\"upi_intent_back_response\":\"close\"}', '*');
-(turn 1) [UPI LAUNCH] ✅ UPI app launched successfully! | 📱 App will go to background
-(turn 2) [UPI LAUNCH] ❌ Failed to launch UPI app
-[UPI RESPONSE] 🚀 sendUPIResponse method called! | 📊 Status: unavailable
-  | 📝 Message: Failed to launch UPI app
-  | 📋 JSON String: {"sdk_transaction_enquiry_response":"Failed to launch UPI app","sdk_upi_intent_response":"unavailable"}
-  | 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}
-  | 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
-)"));
-    EXPECT_THAT(port.defaults().entries(), IsEmpty());
-}
-
 TEST_F(ScreenLifecycleTest, AnotherScreenAboveIsNoDismissalAndKeepsEverything) {
     openScreen();
     storeRecord();

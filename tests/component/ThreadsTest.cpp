@@ -14,7 +14,7 @@ class ThreadsTest : public CheckoutTest {
 };
 
 TEST_F(ThreadsTest, TheDelegateMayChangeWhileACheckoutsStartIsLogged) {
-    const auto other = std::make_shared<RecordingHost>();
+    const auto other = std::make_shared<Receiver>();
     for (int round = 0; round < 200; ++round) {
         sdk.checkout(presenter, {});
         sdk.setDelegate(other);

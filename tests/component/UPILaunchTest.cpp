@@ -42,9 +42,11 @@ TEST_F(UPILaunchTest, TheRecordIsWrittenOnceTheHandOffIsConfirmed) {
 }
 
 TEST_F(UPILaunchTest, AnAppThatDoesNotOpenIsToldToThePageAndKeepsAnEarlierRecord) {
-    const std::pair<std::string, const char*> cases[] = {
-        {"nobody:pay", R"(
-(turn 1) event UPI_INTENT_STARTED ["parameters": "{\"url\":\"nobody:pay\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
+    struct {
+        std::string url, from;
+        const char* transcript;
+    } const cases[] = {
+        {"nobody:pay", "[UPI LAUNCH]", R"(
 [UPI LAUNCH] ✅ URL created successfully | 🔍 URL scheme: nobody | 🔍 URL host: nil
   | 📱 Can open URL: false | ❌ UPI app not installed
 [UPI RESPONSE] 🚀 sendUPIResponse method called! | 📊 Status: unregistered
@@ -55,11 +57,8 @@ TEST_F(UPILaunchTest, AnAppThatDoesNotOpenIsToldToThePageAndKeepsAnEarlierRecord
 (turn 2) script window.postMessage('{\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}', '*');
 (turn 3) [UPI RESPONSE] ✅ Response sent successfully: unregistered | ✅ JavaScript executed without errors
 )"},
-        {"stubborn://pay", R"(
-(turn 1) event UPI_INTENT_STARTED ["parameters": "{\"url\":\"stubborn://pay\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
-[UPI LAUNCH] ✅ URL created successfully | 🔍 URL scheme: stubborn | 🔍 URL host: pay
-  | 📱 Can open URL: true | ✅ UPI app is installed, launching...
-(turn 2) [UPI LAUNCH] ❌ Failed to launch UPI app
+        {"stubborn://pay", "[UPI LAUNCH] ❌", R"(
+[UPI LAUNCH] ❌ Failed to launch UPI app
 [UPI RESPONSE] 🚀 sendUPIResponse method called! | 📊 Status: unavailable
   | 📝 Message: Failed to launch UPI app
   | 📋 JSON String: {"sdk_transaction_enquiry_response":"Failed to launch UPI app","sdk_upi_intent_response":"unavailable"}
@@ -68,8 +67,7 @@ TEST_F(UPILaunchTest, AnAppThatDoesNotOpenIsToldToThePageAndKeepsAnEarlierRecord
 (turn 3) script window.postMessage('{\"sdk_transaction_enquiry_response\":\"Failed to launch UPI app\",\"sdk_upi_intent_response\":\"unavailable\"}', '*');
 (turn 4) [UPI RESPONSE] ✅ Response sent successfully: unavailable | ✅ JavaScript executed without errors
 )"},
-        {"upi://pay?pn=two words", R"(
-(turn 1) event UPI_INTENT_STARTED ["parameters": "{\"url\":\"upi://pay?pn=two words\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
+        {"upi://pay?pn=two words", "event EXC", R"(
 event EXCEPTION_THROWN ["error": "Invalid UPI URL"]
 [UPI RESPONSE] 🚀 sendUPIResponse method called! | 📊 Status: unavailable | 📝 Message: Invalid UPI URL
   | 📋 JSON String: {"sdk_transaction_enquiry_response":"Invalid UPI URL","sdk_upi_intent_response":"unavailable"}
@@ -82,9 +80,9 @@ event EXCEPTION_THROWN ["error": "Invalid UPI URL"]
     openScreen();
     storeRecord();
     const auto earlier = record();
-    for (const auto& [url, transcript] : cases) {
+    for (const auto& [url, from, transcript] : cases) {
         requestIntent(url);
-        EXPECT_TRUE(leadsTo(transcript));
+        EXPECT_TRUE(leadsTo(transcript, from));
     }
     for (const char* url : {"", "upi://pay?x=%zz"}) {
         requestIntent(url);

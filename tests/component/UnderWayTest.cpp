@@ -5,7 +5,7 @@
 namespace zorvik {
 namespace {
 
-// What a screen has set going when its last owner lets it go.
+// What a screen has set going when it goes.
 class UnderWayTest : public CheckoutTest {
   protected:
     UnderWayTest() {
@@ -15,110 +15,105 @@ class UnderWayTest : public CheckoutTest {
     }
     void pick(const std::string& url) {
         postIntent(stringBody(R"({"package_name":"p","url":")" + url + "\"}"));
-        runTurn();
-    }
-    void returnQuickly() {
-        storeRecord();
-        comeBackAfter(1);
-        run();  // the enquiry waits for its answer
     }
     void returnWith(const std::string& status) { decide("shopreturn://back?status=" + status); }
 };
 
 enum class Hold { weak, strong };
+enum class Step { turn, answer };
 
 struct UnderWayCase {
     const char* name;
     std::function<void()> begin;
+    std::vector<Step> steps = {};  // before the screen goes
     Hold hold = Hold::weak;
-    const char* heard = "\n";  // of it afterwards
+    const char* heard = "\n";  // afterwards of a screen that was let go
 };
 
-TEST_F(UnderWayTest, NothingHoldsTheScreenButWhatMustAndTheRestIsDropped) {
+TEST_F(UnderWayTest, NothingHoldsTheScreenButWhatMustAndNothingIsDoneWithoutItsPage) {
+    using enum Step;
+    const auto goBack = [&] { screen()->swipeBackDetected(); };
+    const auto returnQuickly = [&] {
+        storeRecord();
+        comeBackAfter(1);
+    };
+    const auto finishPage = [&] {
+        screen()->setUpiApps(std::vector<UPIAppsVO>{});
+        screen()->webViewDidFinish(*find<WKWebView>());
+    };
+    const auto succeed = [&] { returnWith("success"); };
+    const auto failToAsk = [&] {
+        core.enquiryAnswer = someError("no line");
+        returnWith("success");
+    };
+    const auto cancel = [&] { returnWith("cancelled"); };
     const UnderWayCase cases[] = {
-        {"a back action and its event", [&] { screen()->swipeBackDetected(); }},
-        {"the post and the event of a back",
-         [&] {
-             screen()->handleDeviceBackButtonPress();
-             runTurn();
-         },
-         Hold::weak, R"(
+        {"a back action and its event", goBack},
+        {"its post and the flow's event", goBack, {turn}, Hold::weak, R"(
 (turn 1) [BACK HANDLER] ❌ JavaScript error: The page is gone.
 )"},
-        {"the enquiry of a quick return", [&] { returnQuickly(); }},
-        {"its answer",
-         [&] {
-             returnQuickly();
-             core.answerNext();
-         },
-         Hold::strong, R"(
+        {"a quick return", returnQuickly, {turn}},
+        {"its enquiry", returnQuickly, {turn, turn}},
+        {"its answer", returnQuickly, {turn, turn, answer}, Hold::strong, R"(
 (turn 2) [UPI BACK] ❌ JavaScript error: The page is gone.
 )"},
-        {"an injection",
-         [&] {
-             screen()->setUpiApps(std::vector<UPIAppsVO>{});
-             page().navigate("https://pay.example/next");
-             while (scripts().empty() && runTurn()) {
-             }
-         }},
-        {"the fade of a finished page", [&] { screen()->webViewDidFinish(*find<WKWebView>()); }},
-        {"a hand-off", [&] { pick("upi:pay"); }, Hold::weak, R"(
+        {"the fade and the injection of a finished page", finishPage},
+        {"a hand-off", [&] { pick("upi:pay"); }, {turn}, Hold::weak, R"(
 (turn 1) [UPI LAUNCH] ✅ UPI app launched successfully! | 📱 App will go to background
 )"},
-        {"a refused one", [&] { pick("stubborn:pay"); }, Hold::weak, R"(
+        {"a refused one", [&] { pick("stubborn:pay"); }, {turn}, Hold::weak, R"(
 (turn 1) [UPI LAUNCH] ❌ Failed to launch UPI app
 )"},
         {"a response", [&] { redirect("1"); }},
         {"an address without one", [&] { redirect("%zz"); }},
-        {"its second turn",
-         [&] {
-             redirect("%zz");
-             runTurn();
-         }},
-        {"the enquiry of a success", [&] { returnWith("success"); }, Hold::strong, R"(
+        {"its second turn", [&] { redirect("%zz"); }, {turn}},
+        {"the enquiry of a success", succeed, {}, Hold::strong, R"(
 [UPI SUCCESS] ✅ Transaction enquiry successful | 📊 Response: [:]
 )"},
-        {"its answer",
-         [&] {
-             returnWith("success");
-             core.answerNext();
-         }},
-        {"its failure",
-         [&] {
-             core.enquiryAnswer = someError("no line");
-             returnWith("success");
-             core.answerNext();
-         }},
-        {"the second turn of that",
-         [&] {
-             returnWith("success");
-             core.answerNext();
-             runTurn();
-         }},
-        {"a cancellation", [&] { returnWith("cancelled"); }, Hold::strong, R"(
+        {"its answer", succeed, {answer}},
+        {"its failure", failToAsk, {answer}},
+        {"the second turn of that", failToAsk, {answer, turn}},
+        {"a cancellation", cancel, {}, Hold::strong, R"(
 (turn 1) [UPI CANCELLATION] 📞 Calling delegate failure method
 )"},
-        {"its second turn and its event",
-         [&] {
-             returnWith("cancelled");
-             runTurn();
-         }},
+        {"its second turn and its event", cancel, {turn}},
     };
     for (const auto& row : cases) {
         SCOPED_TRACE(row.name);
+        const auto begin = [&] {
+            core.enquiryAnswer = TransactionEnquiryResponse{};
+            row.begin();
+            for (const Step step : row.steps) {
+                step == turn ? static_cast<void>(runTurn()) : core.answerNext();
+            }
+            forget();
+        };
+        const auto end = [&] {
+            while (core.isAsked()) {
+                core.answerNext();
+            }
+            run();
+        };
         auto alone = loadUnpresentedScreen();
-        row.begin();
-        forget();
+        begin();
         alone.reset();
         EXPECT_EQ(screen() != nullptr, row.hold == Hold::strong);
-        while (core.isAsked()) {
-            core.answerNext();
-        }
-        runAll();
+        end();
         EXPECT_FALSE(screen());
         EXPECT_TRUE(hasTranscript(row.heard));
         EXPECT_THAT(port.web().pages(), IsEmpty());
+
+        openScreen();
+        begin();
+        const auto handedOver = scripts().size();
+        presenter->dismiss(true);
+        end();
+        ASSERT_TRUE(screen()) << "it slides away still";
+        EXPECT_EQ(scripts().size(), handedOver);
         EXPECT_THAT(port.defaults().entries(), IsEmpty());
+        runAll();
+        EXPECT_FALSE(screen());
+        forget();
     }
 }
 
