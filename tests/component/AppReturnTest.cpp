@@ -32,6 +32,8 @@ call isUPIAppReturnURL(shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x)
 (turn 2) failure ["error": "Unknown payment status", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "transaction_id": "", "zorvik_order_id": "order-7", "zorvik_transaction_id": ""]
 (background) event PAYMENT_STATUS ["error_reason": "Unknown payment status", "status": "unknown", "transactionId": "", "upi_data": ["a": "2", "status": "x"]]
 )"));
+    decide("shopreturn:back");
+    EXPECT_THAT(take(), HasSubstr("🔍 URL host: nil | 🔍 URL path: back"));
     decide("shopreturn://?status=success&x=%zz");
     EXPECT_EQ(last(), "[UPI RETURN] ❌ Failed to parse URL components");
 }
@@ -123,6 +125,13 @@ call getTransactionEnquiry(TOKEN, order-7, order-7, T1)
     run();
     EXPECT_EQ(last(), "[APP STATE] ⚠️ Webview is not visible - might be user back navigation");
     EXPECT_THAT(port.defaults().entries(), SizeIs(3)) << "the record stays";
+}
+
+TEST_F(AppReturnTest, AnActivationBeforeAnyPageHasNoneToLookAt) {
+    openScreen(optionsOf(std::nullopt));  // which loads nothing
+    comeBackAfter(1);
+    run();
+    EXPECT_THAT(take(), HasSubstr("| 📊 Current WebView URL: nil\n"));
 }
 
 TEST_F(AppReturnTest, APartialRecordOrAStartTimeOfAnotherTypeIsNone) {

@@ -50,13 +50,17 @@ TEST_F(BackNavigationTest, AnotherHostIsLeftForTheBrowserBackAddressBeforeThePos
     EXPECT_EQ(page().requests().back().timeoutInterval, 60);
     run();
     EXPECT_THAT(seen("load"), ElementsAre(HasSubstr("&browser_back=true&")));
-    forget();
-    screen()->setOptions({});
-    page().replaceUrl("https://bank.example/");
-    screen()->handleDeviceBackButtonPress();
-    run();
-    EXPECT_THAT(seen("load"), ElementsAre("https://pay.example/checkout?token=a%26b"))
-        << "without a token it is the address as it was built";
+    // Without an address to go back by, or without a token, it is that of the checkout as built.
+    for (const auto& options : {optionsOf("a&b"), optionsOf(std::nullopt)}) {
+        forget();
+        core.webViewViewUrl =
+            options.orderToken ? "https://pay.example/a b" : "https://pay.example/";
+        screen()->setOptions(options);
+        page().replaceUrl("about:blank");
+        screen()->handleDeviceBackButtonPress();
+        EXPECT_THAT((run(), seen("load")), ElementsAre("https://pay.example/checkout?token=a%26b"));
+        EXPECT_THAT(take(), HasSubstr("| 📊 Current base: about:// |"));
+    }
 }
 
 TEST_F(BackNavigationTest, TheSiteIsATextualPrefixOfSchemeAndHost) {

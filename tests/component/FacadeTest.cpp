@@ -151,6 +151,10 @@ TEST_F(FacadeTest, AFailureBeforeTheScreenGoesToTheDelegateOfThatMoment) {
         core.orderAnswer = OrderResponse{};
         core.appsAnswer = someError("no line");
     }
+    sdk.setDelegate({});
+    sdk.checkout(presenter, optionsOf(plainToken()));
+    run();
+    EXPECT_EQ(seen("event").back(), R"(EXCEPTION_THROWN ["error": "no line"])");
 }
 
 TEST_F(FacadeTest, TheTwoFlagsOfACheckoutsStartAreReadWhenTheirTaskRuns) {
@@ -194,7 +198,8 @@ TEST_F(FacadeTest, ADeviceBackReachesTheOpenScreenBesideAnEventOfItsOwn) {
 }
 
 TEST_F(FacadeTest, ANullPresenterIsRefusedAtTheCall) {
-    EXPECT_DEATH(sdk.checkout(nullptr, optionsOf(plainToken())), "without a presenter; pass");
+    EXPECT_DEATH(sdk.checkout(nullptr, optionsOf(plainToken())),
+                 "without a presenter; pass .* is on the screen");
 }
 
 TEST_F(FacadeTest, OrderCreationHandsArgumentsAndResultsThroughOnTheirThread) {
@@ -217,10 +222,13 @@ TEST_F(FacadeTest, OrderCreationHandsArgumentsAndResultsThroughOnTheirThread) {
     EXPECT_FALSE(cameOnMain);
     core.answerNext();
     EXPECT_EQ(error, someError("no shop"));
+    sdk.createOrder(1, "", {}, {}, {});  // with nobody to tell
+    core.answerNext();
     EXPECT_TRUE(hasTranscript(R"(
 call createOrder(10.5, INR, [["sku": "a"]], ["name": "n"])
 call createShopOrder(INR, 10.50, p1, true, REDIRECT, UPI, INTENT, null)
 event EXCEPTION_THROWN none ["error": "no shop"]
+call createOrder(1.0, , [], null)
 )"));
 }
 

@@ -130,19 +130,19 @@ TEST_F(NavigationTest, ScriptPanelsArePrintedAndAnsweredForTheCustomer) {
         core.transcript.add(std::string("answer ") + platform::description(answer.confirmed) + ' ' +
                             answer.text.value_or("none"));
     };
-    page().showPanel({Kind::alert, "a\nlert", std::nullopt}, answered);
+    screen()->webViewRunJavaScriptAlertPanelWithMessage(*find<WKWebView>(), "alert",
+                                                        [&] { answered({}); });
     page().showPanel({Kind::confirm, "sure?", std::nullopt}, answered);
     page().showPanel({Kind::prompt, "name?", "Asha"}, answered);
     page().showPanel({Kind::prompt, "", std::nullopt}, answered);
     EXPECT_TRUE(leadsTo(R"(
-(turn 1) [WEBVIEW] Alert: a
-lert
+[WEBVIEW] Alert: alert
 answer false none
-(turn 2) [WEBVIEW] Confirm: sure?
+(turn 1) [WEBVIEW] Confirm: sure?
 answer true none
-(turn 3) [WEBVIEW] Prompt: name?
+(turn 2) [WEBVIEW] Prompt: name?
 answer true Asha
-(turn 4) [WEBVIEW] Prompt: 
+(turn 3) [WEBVIEW] Prompt: 
 answer false none
 )"));
 }

@@ -84,6 +84,17 @@ TEST_F(PageBridgeTest, EveryIntentMessageIsLoggedWithTheIdItsTextHolds) {
         EXPECT_EQ(seen("event").at(0), "UPI_INTENT_STARTED " + description(data));
         EXPECT_TRUE(hasTranscript(row.transcript, "[UPI"));
     }
+    // From the last key to the first, each before the ones it must win over.
+    std::string ids = "{";
+    for (const std::string key :
+         {"merchantTransactionId", "upiTransactionId", "pspTransactionId", "zorvikTransactionId",
+          "transaction_id", "txn_id", "txnId", "tr", "transactionId"}) {
+        postIntent(stringBody((ids += '"' + key + "\":\"id-" + key + '"') + '}'));
+        ids += ',';
+        run();
+        EXPECT_THAT(seen("event").back(), HasSubstr("\"transactionId\": \"id-" + key + '"'));
+    }
+    forget();
     platform::WKUserContentController controller;
     screen()->userContentControllerDidReceive(controller, {"OpenUpiIntent", stringBody("{}")});
     EXPECT_TRUE(hasTranscript("\n"));

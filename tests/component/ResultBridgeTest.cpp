@@ -4,25 +4,36 @@
 namespace zorvik {
 namespace {
 
+using Bridge = ZorvikCheckoutSDKDelegateObjCProxy;
+
 class ResultBridgeTest : public CheckoutTest {
   protected:
-    ZorvikCheckoutSDKDelegateObjCProxy bridge{host};
+    Bridge bridge{host};
 };
 
-TEST_F(ResultBridgeTest, TheReportedTransactionIdIsTheFirstStringOfItsKeys) {
-    const std::pair<Dictionary, const char*> cases[] = {
-        {{{"transactionId", "3"}, {"pspTransactionId", "2"}, {"zorvikTransactionId", "1"}}, "1"},
-        {{{"zorvikTransactionId", 1}, {"pspTransactionId", "2"}, {"transactionId", "3"}}, "2"},
-        {{{"transactionId", ""}, {"tr", "4"}}, ""},
-        {{{"tr", "4"}, {"txnId", "5"}}, "4"},
-        {{{"txnId", "5"}}, "extracted"},
-        {{}, "unknown"},
+struct SuccessCase {
+    std::string status;  // of an earlier return; "": none
+    Dictionary payload;
+    const char* reported;
+};
+
+TEST_F(ResultBridgeTest, TheReportedTransactionIdIsTheFirstStringOfItsKeysElseTheReturnsOwn) {
+    const SuccessCase cases[] = {
+        {"", {{"tr", "3"}, {"pspTransactionId", "2"}, {"zorvikTransactionId", "1"}}, "1"},
+        {"", {{"zorvikTransactionId", 1}, {"pspTransactionId", "2"}, {"transactionId", "3"}}, "2"},
+        {"success", {{"transactionId", ""}, {"tr", "4"}}, ""},
+        {"success", {{"tr", "4"}, {"txnId", "5"}}, "4"},
+        {"success", {{"txnId", "5"}}, "extracted"},
+        {"failure", {}, "extracted"},
+        {"cancelled", {}, "extracted"},
+        {"unheard", {}, "extracted"},
+        {"", {}, "unknown"},
     };
-    for (const auto& [payload, reported] : cases) {
+    for (const auto& [status, payload, reported] : cases) {
         SCOPED_TRACE(reported);
         openScreen();
-        if (!payload.empty()) decide("shopreturn://back?status=success&tr=extracted");
-        runAll();
+        if (!status.empty()) decide("shopreturn://back?tr=extracted&status=" + status);
+        run();
         forget();
         bridge.zorvikCheckoutWebViewDidSucceed(screen(), payload);
         runAll();
@@ -41,14 +52,12 @@ TEST_F(ResultBridgeTest, AFailureIsLoggedWithItsPayloadAndHandedOnUnchanged) {
         {{}, "Payment failed"},
     };
     for (const auto& [payload, error] : cases) {
-        if (payload.empty()) host.reset();
         openScreen();
         bridge.zorvikCheckoutWebViewDidFail(screen(), payload);
         runAll();
         const Dictionary data{{"error", error}, {"payload", payload}, {"status", "failed"}};
         EXPECT_THAT(seen("event"), ElementsAre("PAYMENT_STATUS " + description(data)));
-        EXPECT_EQ(seen("host"), host ? Lines{description(payload)} : Lines());
-        EXPECT_FALSE(screen());
+        EXPECT_THAT(seen("host"), ElementsAre(description(payload)));
     }
 }
 
@@ -56,9 +65,10 @@ TEST_F(ResultBridgeTest, TheHostHearsBeforeTheScreenGoesAndTheEventFollowsInTheB
     using Report = decltype(&ZorvikCheckoutWebViewDelegate::zorvikCheckoutWebViewDidFail);
     for (const Report report : {&ZorvikCheckoutWebViewDelegate::zorvikCheckoutWebViewDidFail,
                                 &ZorvikCheckoutWebViewDelegate::zorvikCheckoutWebViewDidSucceed}) {
+        Bridge ofThisHost(host);
         openScreen();
         host->whenCalled = [&] { EXPECT_FALSE(screen()->isBeingDismissed()); };
-        (bridge.*report)(screen(), {});
+        (ofThisHost.*report)(screen(), {});
         EXPECT_THAT(seen("host"), SizeIs(1));
         EXPECT_TRUE(screen()->isBeingDismissed());
         scheduler.advanceBy(5);
@@ -68,6 +78,14 @@ TEST_F(ResultBridgeTest, TheHostHearsBeforeTheScreenGoesAndTheEventFollowsInTheB
         scheduler.runOneBackgroundTask();
         EXPECT_THAT(seen("event"), ElementsAre(HasSubstr("\"late\"")));
         EXPECT_FALSE(screen());
+
+        openScreen();
+        host.reset();
+        (ofThisHost.*report)(screen(), {});
+        runAll();
+        EXPECT_THAT(seen("event"), ElementsAre(StartsWith("PAYMENT_STATUS")));
+        EXPECT_FALSE(screen());
+        host = std::make_shared<Receiver>();
     }
 }
 

@@ -22,6 +22,10 @@ TEST_F(ScreenLifecycleTest, TheScreenComesUpWithItsSkeletonOverAHiddenPageAndFad
     EXPECT_TRUE(web->isHidden());
     EXPECT_FALSE(isErrorShown());
     EXPECT_EQ(label->text(), "Something went wrong.");
+    EXPECT_EQ(label->textAlignment(), platform::NSTextAlignment::center);
+    EXPECT_EQ(label->numberOfLines(), 0);
+    EXPECT_EQ(label->superview()->backgroundColor(), platform::UIColor::white());
+    EXPECT_EQ(screen()->view()->backgroundColor(), platform::UIColor::white());
     EXPECT_EQ(retry->title(), "Retry");
     EXPECT_THAT(page().messageHandlers(), ElementsAre("openUpiIntent"));
     EXPECT_TRUE(page().configuration().allowsContentJavaScript);
@@ -30,6 +34,8 @@ TEST_F(ScreenLifecycleTest, TheScreenComesUpWithItsSkeletonOverAHiddenPageAndFad
     EXPECT_EQ(skeleton->frame(), (Rect{0, 47, 390, 763}));
     EXPECT_EQ(web->frame(), (Rect{0, 47, 390, 763}));
     EXPECT_EQ(label->superview()->frame(), (Rect{0, 47, 390, 797}));
+    const auto& spinner = find<platform::UIActivityIndicatorView>()->frame();
+    EXPECT_EQ(spinner.y + spinner.height / 2, 422);
     // A line of 20.4 points, 20 above the panel's middle, and the button 16 below it.
     EXPECT_NEAR(label->frame().y, 797.0 / 2 - 20 - 20.4 / 2, 1e-9);
     EXPECT_EQ(label->frame().x, 24);
@@ -101,6 +107,7 @@ TEST_F(ScreenLifecycleTest, ADismissedScreenThatIsStillHeldDoesNothingWithoutIts
     presenter->dismiss(false);
     run();
     EXPECT_FALSE(page().isLoading());
+    EXPECT_EQ(scheduler.pendingCount(), 0u) << "the skeleton pulses still";
     EXPECT_THAT(page().messageHandlers(), IsEmpty());
     forget();
     comeBackAfter(1);
@@ -110,6 +117,7 @@ TEST_F(ScreenLifecycleTest, ADismissedScreenThatIsStillHeldDoesNothingWithoutIts
     held->userContentControllerDidReceive(
         *web->configuration().userContentController,
         {"openUpiIntent", stringBody(R"({"url":"","package_name":"p"})")});
+    page().showPanel({platform::ScriptPanel::Kind::alert, "unheard", std::nullopt});
     runAll();
     EXPECT_TRUE(hasTranscript(R"(
 [BACK HANDLER] 🚀 Device back button pressed - Android-style handling | 🚀 insertJSToWebview called

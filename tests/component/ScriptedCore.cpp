@@ -102,7 +102,7 @@ void ZorvikUPIAppDetector::getUPIAppsList(const std::string& token, Completion c
 
 bool ZorvikUPIAppDetector::isUPIAppReturnURL(const std::string& url) {
     ScriptedCore::current->call("isUPIAppReturnURL", {url});
-    return url.starts_with("shopreturn://");
+    return url.starts_with("shopreturn:");
 }
 
 void EventLoggingUtils::safeLogEvent(const std::string& eventName,

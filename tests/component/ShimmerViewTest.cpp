@@ -56,6 +56,7 @@ TEST_F(ShimmerViewTest, TheSkeletonIsAHeaderAndFifteenRowsOn930Points) {
     EXPECT_EQ(content->frame().height, 930);
     EXPECT_EQ(scroll->contentSize().height, 930);
     EXPECT_EQ(blocks[0]->frame(), (Rect{0, 0, 390, 74}));
+    EXPECT_EQ(blocks[0]->cornerRadius(), 4);
 
     const double widths[] = {200, 180, 220, 160, 190, 210, 170, 200,
                              180, 190, 180, 220, 160, 240, 200};
@@ -86,12 +87,16 @@ TEST_F(ShimmerViewTest, ThePulseStartsAfterTheFadeInAndTravelsDownTwoPointSixSec
     }
 }
 
-TEST_F(ShimmerViewTest, OneBlockDimsBrightensAndPausesInEachCycle) {
+TEST_F(ShimmerViewTest, AStartAnewCountsFromTheFirstBlockAndABlockTakenAwayStaysAsItIs) {
     skeleton->setHidden(false);
+    skeleton->startShimmerAnimation();
+    scheduler.advanceBy(0.25);
+    blocks[4]->removeFromSuperview();
     skeleton->startShimmerAnimation();
     for (int cycle = 0; cycle < 3; ++cycle) {
         scheduler.advanceBy(0.01);
         EXPECT_EQ(blocks[0]->alpha(), 0.3) << cycle;
+        EXPECT_EQ(blocks[2]->alpha(), cycle == 0 ? 1 : 0.8) << "the first start's turn";
         scheduler.advanceBy(1.2);  // 1.21
         EXPECT_EQ(blocks[0]->alpha(), 0.8);
         EXPECT_LT(blocks[0]->presentationAlpha(), 0.4);
@@ -99,6 +104,11 @@ TEST_F(ShimmerViewTest, OneBlockDimsBrightensAndPausesInEachCycle) {
         EXPECT_EQ(blocks[0]->presentationAlpha(), 0.8);
         scheduler.advanceBy(0.01);
     }
+    EXPECT_EQ(blocks[4]->alpha(), 1);
+    scheduler.advanceBy(0.01);
+    blocks[0]->removeFromSuperview();  // while it dims
+    scheduler.advanceBy(5);
+    EXPECT_EQ(blocks[0]->alpha(), 0.3);
 }
 
 const double moments[] = {0, 0.2, 0.3, 0.9, 2.1, 2.8, 6.05, 60.55};  // after the show
@@ -151,6 +161,7 @@ TEST_F(ShimmerViewTest, AReleasedSkeletonLeavesNothingBehind) {
         const std::weak_ptr<UIView> weak = released;
         released->showShimmer();
         scheduler.advanceBy(moment);
+        if (moment > 2) released->hideShimmer();
         released.reset();
         EXPECT_TRUE(weak.expired());
         scheduler.runUntilIdle();

@@ -46,8 +46,8 @@ TEST_F(UPILaunchTest, AnAppThatDoesNotOpenIsToldToThePageAndKeepsAnEarlierRecord
         std::string url, from;
         const char* transcript;
     } const cases[] = {
-        {"nobody:pay", "[UPI LAUNCH]", R"(
-[UPI LAUNCH] ✅ URL created successfully | 🔍 URL scheme: nobody | 🔍 URL host: nil
+        {"pay", "[UPI LAUNCH]", R"(
+[UPI LAUNCH] ✅ URL created successfully | 🔍 URL scheme: nil | 🔍 URL host: nil
   | 📱 Can open URL: false | ❌ UPI app not installed
 [UPI RESPONSE] 🚀 sendUPIResponse method called! | 📊 Status: unregistered
   | 📝 Message: UPI app not installed
@@ -92,7 +92,7 @@ event EXCEPTION_THROWN ["error": "Invalid UPI URL"]
     EXPECT_EQ(record(), earlier);
     const auto sent = scripts().size();
     evaluation = someError("boom");
-    requestIntent("nobody:pay");
+    requestIntent("pay");
     run();
     EXPECT_EQ(last(), "[UPI RESPONSE] ❌ Error sending response: boom");
     EXPECT_EQ(scripts().size(), sent + 1) << "not repeated";
