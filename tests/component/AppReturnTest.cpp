@@ -38,15 +38,11 @@ call isUPIAppReturnURL(shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x)
     EXPECT_EQ(last(), "[UPI RETURN] ❌ Failed to parse URL components");
 }
 
-struct StatusCase {
-    std::string query;
-    std::string routing;  // the last line before the handler's own
-    std::string handler;
-};
-
 TEST_F(AppReturnTest, AReturnUrlIsRoutedByTheLastStatusWordThatHasAValue) {
     const std::string none = "❌ No status found in URL";
-    const StatusCase cases[] = {
+    const struct {
+        std::string query, routing, handler;
+    } cases[] = {
         {"?status=SUCCESS", "✅ Payment successful", "SUCCESS"},
         {"?status=Failure", "❌ Payment failed", "FAILURE"},
         {"?status=Cancelled", "⏹️ Payment cancelled", "CANCELLATION"},
@@ -151,14 +147,11 @@ TEST_F(AppReturnTest, APartialRecordOrAStartTimeOfAnotherTypeIsNone) {
     }
 }
 
-struct ProcessingCase {
-    std::string url;
-    const char* transcript;  // of the look at the page
-    std::size_t reports = 0;
-};
-
 TEST_F(AppReturnTest, AProcessingPagesResponseIsLookedForOnEveryPath) {
-    const ProcessingCase cases[] = {
+    const struct {
+        std::string url, transcript;
+        std::size_t reports = 0;
+    } cases[] = {
         {"Processing?response=1", "\n"},
         {"processing?response=%zz", R"(
 [APP STATE] 🎯 Processing URL detected! | 📋 URL contains 'processing' - checking for payment response...

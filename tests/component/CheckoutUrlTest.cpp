@@ -6,16 +6,14 @@ namespace {
 
 class CheckoutUrlTest : public CheckoutTest {};
 
-struct UrlCase {
-    const char* name;
-    std::string base;
-    ZorvikCheckoutOptions options;  // token, wallet, flow, mode, bank
-    std::optional<std::string> url;
-};
-
 TEST_F(CheckoutUrlTest, TheAddressHoldsTheTokenAndWhatIsPreselectedOrThePanelIsShown) {
     const std::string plain = "https://pay.example/checkout";
-    const UrlCase cases[] = {
+    const struct {
+        const char* name;
+        std::string base;
+        ZorvikCheckoutOptions options;  // token, wallet, flow, mode, bank
+        std::optional<std::string> url;
+    } cases[] = {
         {"placeholder", plain + "?token=%@", optionsOf("abc"), plain + "?token=abc"},
         {"nothing for an empty bank code",
          plain,

@@ -50,18 +50,15 @@ TEST_F(PageBridgeTest, TheAppsAreGivenOnceALoadAndAgainOnlyAfterAFailedEvaluatio
     EXPECT_EQ(scripts().size(), 3u);
 }
 
-struct MessageCase {
-    ScriptValue body;
-    std::string transactionId;
-    const char* transcript;  // after the event
-};
-
 TEST_F(PageBridgeTest, EveryIntentMessageIsLoggedWithTheIdItsTextHolds) {
     using Type = ScriptValue::Type;
-    const char* const format = "\n[UPI INTENT] Invalid message format - expected string\n";
-    const char* const parse = "\n[UPI INTENT] Failed to parse JSON from message body\n";
-    const char* const fields = "\n[UPI INTENT] Missing required fields: url or packagename\n";
-    const MessageCase cases[] = {
+    const std::string format = "\n[UPI INTENT] Invalid message format - expected string\n";
+    const std::string parse = "\n[UPI INTENT] Failed to parse JSON from message body\n";
+    const std::string fields = "\n[UPI INTENT] Missing required fields: url or packagename\n";
+    const struct {
+        ScriptValue body;
+        std::string transactionId, transcript;  // after the event
+    } cases[] = {
         {{Type::null, "null"}, "", format},
         {{Type::object, R"({"tr":"1","url":"u","package_name":"p"})"}, "", format},
         {stringBody(""), "", parse},

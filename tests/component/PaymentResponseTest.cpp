@@ -8,12 +8,6 @@ using platform::base64Encode;
 
 class PaymentResponseTest : public CheckoutTest {};
 
-struct ResponseCase {
-    const char* name;
-    std::string response;               // as the page wrote it, before percent-escaping
-    std::optional<Dictionary> payload;  // of the success; nullopt: an undecodable response
-};
-
 std::string escaped(const std::string& text) {
     std::string all;
     for (const char character : text) {
@@ -29,7 +23,11 @@ TEST_F(PaymentResponseTest, AResponseThatDecodesIsASuccessOneTurnLaterAndAnyOthe
     const std::string plus = R"({"payload":{"a":">>>"}})";  // a "+" in its base64
     const std::string levels(100'000, '[');
     const std::string megabyte(1'000'000, 'x');
-    const ResponseCase cases[] = {
+    const struct {
+        const char* name;
+        std::string response;               // as the page wrote it, before percent-escaping
+        std::optional<Dictionary> payload;  // of the success; nullopt: an undecodable response
+    } cases[] = {
         {"JSON", object, payload},
         {"base64 of JSON", base64Encode(object), payload},
         {"base64 with a plus sign", base64Encode(plus), Dictionary{{"a", ">>>"}}},
@@ -61,14 +59,9 @@ TEST_F(PaymentResponseTest, AResponseThatDecodesIsASuccessOneTurnLaterAndAnyOthe
     }
 }
 
-struct AddressCase {
-    std::string url;
-    const char* transcript;
-};
-
 TEST_F(PaymentResponseTest, AnAddressIsReadAloudAndReportedInItsTurn) {
     // A page's current address reaches the reader too, and may hold what the marker excludes.
-    const AddressCase cases[] = {
+    const std::pair<std::string, const char*> cases[] = {
         {"https://pay.example/check?response=eyJwYXlsb2FkIjp7ImEiOjF9fQ==", R"(
 [REDIRECT] 🔗 Processing URL: https://pay.example/check?response=eyJwYXlsb2FkIjp7ImEiOjF9fQ==
   | 📊 Available query items: [response=eyJwYXlsb2FkIjp7ImEiOjF9fQ==]

@@ -11,14 +11,12 @@ class ResultBridgeTest : public CheckoutTest {
     Bridge bridge{host};
 };
 
-struct SuccessCase {
-    std::string status;  // of an earlier return; "": none
-    Dictionary payload;
-    const char* reported;
-};
-
 TEST_F(ResultBridgeTest, TheReportedTransactionIdIsTheFirstStringOfItsKeysElseTheReturnsOwn) {
-    const SuccessCase cases[] = {
+    const struct {
+        std::string status;  // of an earlier return; "": none
+        Dictionary payload;
+        const char* reported;
+    } cases[] = {
         {"", {{"tr", "3"}, {"pspTransactionId", "2"}, {"zorvikTransactionId", "1"}}, "1"},
         {"", {{"zorvikTransactionId", 1}, {"pspTransactionId", "2"}, {"transactionId", "3"}}, "2"},
         {"success", {{"transactionId", ""}, {"tr", "4"}}, ""},
