@@ -9,13 +9,11 @@ TEST_F(BackNavigationTest, ABackActionIsPostedATurnLaterAndLoggedBesideItsOwnEve
     openScreen(optionsOf("abc"));
     screen()->backButtonTapped();
     EXPECT_TRUE(leadsTo(R"(
-[BACK HANDLER] 🚀 Navigation bar back button pressed - Android-style handling
-  | 🚀 Device back button pressed - Android-style handling | 🚀 insertJSToWebview called
-  | 📊 isDeviceBackPressed: true
+[BACK HANDLER] 🚀 Navigation bar back button pressed - Android-style handling | 🚀 Device back button pressed - Android-style handling
+  | 🚀 insertJSToWebview called | 📊 isDeviceBackPressed: true
 (turn 1) [BACK HANDLER] 📱 Handling device back pressed | 🚀 Device back pressed - Android-style handling
-  | 📊 Current URL: https://pay.example/checkout?token=abc
-  | 📊 Expected URL: https://pay.example/checkout?token=abc | 📊 Current base: https://pay.example
-  | 📊 Expected base: https://pay.example
+  | 📊 Current URL: https://pay.example/checkout?token=abc | 📊 Expected URL: https://pay.example/checkout?token=abc
+  | 📊 Current base: https://pay.example | 📊 Expected base: https://pay.example
   | 📜 Executing JavaScript: window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
 (turn 2) script window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
 (turn 3) [BACK HANDLER] ✅ JavaScript executed successfully
@@ -24,7 +22,7 @@ TEST_F(BackNavigationTest, ABackActionIsPostedATurnLaterAndLoggedBesideItsOwnEve
 )"));
     evaluation = someError("boom");
     screen()->swipeBackDetected();
-    EXPECT_EQ(core.transcript.entries("").front(),
+    EXPECT_EQ(heard().front(),
               "[BACK HANDLER] 🚀 Swipe back gesture detected - Android-style handling");
     EXPECT_TRUE(leadsTo(R"(
 [BACK HANDLER] ❌ JavaScript error: boom
@@ -41,8 +39,8 @@ TEST_F(BackNavigationTest, AnotherHostIsLeftForTheBrowserBackAddressBeforeThePos
     screen()->handleDeviceBackButtonPress();
     runTurn();
     EXPECT_TRUE(hasTranscript(R"(
-[BACK HANDLER] 📊 Current base: https://bank.example | 📊 Expected base: https://pay.example
-  | ⚠️ URL not within expected base | 🔄 Redirecting to browser back URL
+[BACK HANDLER] 📊 Current base: https://bank.example | 📊 Expected base: https://pay.example | ⚠️ URL not within expected base
+  | 🔄 Redirecting to browser back URL
   | 📋 Browser back URL: https://pay.example/checkout?token=a%26b&browser_back=true&current_url=https://bank.example/otp?x%3D1%26y%3D%2520&expected_url=https://pay.example/checkout?token%3Da%2526b
   | 📜 Executing JavaScript: window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
 )",
@@ -59,7 +57,7 @@ TEST_F(BackNavigationTest, AnotherHostIsLeftForTheBrowserBackAddressBeforeThePos
         page().replaceUrl("about:blank");
         screen()->handleDeviceBackButtonPress();
         EXPECT_THAT((run(), seen("load")), ElementsAre("https://pay.example/checkout?token=a%26b"));
-        EXPECT_THAT(take(), HasSubstr("| 📊 Current base: about:// |"));
+        EXPECT_THAT(heard(), Contains("[BACK HANDLER] 📊 Current base: about://"));
     }
 }
 
@@ -117,9 +115,8 @@ TEST_F(BackNavigationTest, AnEnquiryWithoutAStatusIsPostedAsAnEmptyOneAndNoTextN
     run();
     EXPECT_EQ(last(), "[UPI BACK] ❌ JavaScript error: boom");
     EXPECT_THAT(seen("script"), ElementsAre(HasSubstr(R"(api_response\":\"\")")));
-    EXPECT_THAT(take("call"),
-                HasSubstr("order-7, order-7, )\n(background) [UPI BACK] ❌ Transaction "
-                          "enquiry failed: no line\n  | 📜 Executing JavaScript: window"));
+    EXPECT_THAT(seen("call"), ElementsAre("getTransactionEnquiry(TOKEN, order-7, order-7, )"));
+    EXPECT_THAT(heard(), Contains("[UPI BACK] ❌ Transaction enquiry failed: no line"));
     for (const auto& order : {std::optional<Order>(), std::optional<Order>(Order{})}) {
         comeBackTo(TransactionEnquiryResponse{order, {}});
         run();

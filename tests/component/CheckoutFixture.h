@@ -161,13 +161,11 @@ class CheckoutTest : public testing::Test {
         runAll();
         EXPECT_FALSE(screen()) << "somebody still holds the screen";
     }
-    // Runs one turn, marked in the transcript by its number since the transcript began; false when
-    // there was none.
+    // Runs one turn, marked by its number since the transcript began; false: there was none.
     bool runTurn() {
         core.transcript.mark("turn " + std::to_string(turn + 1));
         const bool hasRun = scheduler.runOneTurn();
-        if (hasRun) ++turn;
-        core.transcript.mark("");
+        turn += hasRun ? 1 : 0;
         return hasRun;
     }
     // Turns and background tasks, marked too, until neither is left.
@@ -177,7 +175,6 @@ class CheckoutTest : public testing::Test {
             }
             core.transcript.mark("background");
         } while (scheduler.runOneBackgroundTask());
-        core.transcript.mark("");
         scheduler.settle();
     }
     // The same, then a second in which fades and slides end.
@@ -185,7 +182,6 @@ class CheckoutTest : public testing::Test {
         run();
         core.transcript.mark("later");
         scheduler.advanceBy(1);
-        core.transcript.mark("");
         run();
     }
     void forget() {
@@ -199,20 +195,21 @@ class CheckoutTest : public testing::Test {
     // Whether the transcript, from its first entry with this beginning on, is the text to the
     // character. It starts anew.
     testing::AssertionResult hasTranscript(const std::string& text, const std::string& from = "") {
-        const std::string heard = take(from);
-        if (heard == text) return testing::AssertionSuccess();
-        const auto differs = std::mismatch(heard.begin(), heard.end(), text.begin(), text.end());
+        const std::string all = take(from);
+        if (all == text) return testing::AssertionSuccess();
+        const auto differs = std::mismatch(all.begin(), all.end(), text.begin(), text.end());
         return testing::AssertionFailure()
-               << "from line " << std::count(heard.begin(), differs.first, '\n') << " on:" << heard;
+               << "from line " << std::count(all.begin(), differs.first, '\n') << " on:" << all;
     }
     // The same for what comes until nothing is left to run.
     testing::AssertionResult leadsTo(const std::string& text, const std::string& from = "") {
         run();
         return hasTranscript(text, from);
     }
-    // What was recorded with this word before it; the last entry of all.
+    // Every entry; those with this word before them, without it; the last one.
+    Lines heard() const { return core.transcript.entries(""); }
     Lines seen(const std::string& word) const { return core.transcript.entries(word + ' '); }
-    std::string last() const { return core.transcript.entries("").back(); }
+    std::string last() const { return heard().back(); }
 
     std::shared_ptr<ZorvikCheckoutWebView> screen() const { return screen_.lock(); }
     platform::headless::ScriptedPage& page() { return port.web().page(); }

@@ -64,15 +64,14 @@ TEST_F(PaymentResponseTest, AnAddressIsReadAloudAndReportedInItsTurn) {
     const std::pair<std::string, const char*> cases[] = {
         {"https://pay.example/check?response=eyJwYXlsb2FkIjp7ImEiOjF9fQ==", R"(
 [REDIRECT] 🔗 Processing URL: https://pay.example/check?response=eyJwYXlsb2FkIjp7ImEiOjF9fQ==
-  | 📊 Available query items: [response=eyJwYXlsb2FkIjp7ImEiOjF9fQ==]
-  | ✅ Response parameter found: eyJwYXlsb2FkIjp7ImEiOjF9fQ== | JSON parsing failed, trying Base64
-  | 🚀 handleParsedResponse called with data: ["payload": ["a": 1]]
+  | 📊 Available query items: [response=eyJwYXlsb2FkIjp7ImEiOjF9fQ==] | ✅ Response parameter found: eyJwYXlsb2FkIjp7ImEiOjF9fQ==
+  | JSON parsing failed, trying Base64 | 🚀 handleParsedResponse called with data: ["payload": ["a": 1]]
 (turn 1) success ["a": 1]
 )"},
         {"https://pay.example/check?response=aGVsbG8h", R"(
-[REDIRECT] 🔗 Processing URL: https://pay.example/check?response=aGVsbG8h
-  | 📊 Available query items: [response=aGVsbG8h] | ✅ Response parameter found: aGVsbG8h
-  | JSON parsing failed, trying Base64 | Base64 JSON parsing failed | ❌ Both JSON and Base64 decoding failed
+[REDIRECT] 🔗 Processing URL: https://pay.example/check?response=aGVsbG8h | 📊 Available query items: [response=aGVsbG8h]
+  | ✅ Response parameter found: aGVsbG8h | JSON parsing failed, trying Base64 | Base64 JSON parsing failed
+  | ❌ Both JSON and Base64 decoding failed
 failure ["error": "Invalid response format", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "zorvik_order_id": "order-7"]
 )"},
         {"https://pay.example/check?response=%zz", R"(
@@ -82,8 +81,7 @@ failure ["error": "Invalid response format", "order_id": "order-7", "subMerchant
         {"https://pay.example/?response&response=1&u=https://pay.example/check?response=1",
          R"(
 [REDIRECT] 🔗 Processing URL: https://pay.example/?response&response=1&u=https://pay.example/check?response=1
-  | 📊 Available query items: [response, response=1, u=https://pay.example/check?response=1]
-  | ❌ No response parameter found
+  | 📊 Available query items: [response, response=1, u=https://pay.example/check?response=1] | ❌ No response parameter found
 (turn 2) failure ["error": "Invalid payment response", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "zorvik_order_id": "order-7"]
 )"},
     };

@@ -62,39 +62,28 @@ TEST_F(ScreenLifecycleTest, WithoutATokenThePanelCoversAPulsingSkeletonUntilARet
     EXPECT_EQ(errorText(), "Invalid checkout URL. Please try again or contact support.");
     EXPECT_FALSE(find<ZorvikShimmerView>()->isHidden());
     EXPECT_GT(scheduler.pendingCount(), 0u);
-    EXPECT_THAT(port.defaults().removals(), IsEmpty());
     screen()->setOptions(optionsOf("abc"));
     find<UIButton>()->sendTouchUpInside();
     EXPECT_FALSE(isErrorShown());
     runAll();
     EXPECT_TRUE(find<ZorvikShimmerView>()->isHidden());
-    dismissScreen();  // cleans up three times
-    const auto& removals = port.defaults().removals();
-    EXPECT_THAT(removals, SizeIs(9));
-    EXPECT_THAT(
-        Lines(removals.begin(), removals.begin() + 3),
-        ElementsAre("current_transaction_id", "current_package_name", "transaction_start_time"));
 }
 
-TEST_F(ScreenLifecycleTest, ADismissalCleansUpAndLeavesNothingBehind) {
-    for (const auto ending : {ScriptedLoad::Ending::finish, ScriptedLoad::Ending::hang}) {
-        load.ending = ending;
-        openScreen();
-        storeRecord();
-        dismissScreen();
-        EXPECT_TRUE(hasTranscript(R"(
-[VIEW LIFECYCLE] 🚀 viewWillDisappear called | 📊 Is being dismissed: true
-  | 🧹 Performing cleanup due to dismissal
-(later) [VIEW LIFECYCLE] 🚀 viewDidDisappear called | 📊 Is being dismissed: true
-  | 🧹 Performing cleanup due to dismissal
+TEST_F(ScreenLifecycleTest, ADismissalCleansUpThreeTimesAndLeavesNothingBehind) {
+    openScreen();
+    storeRecord();
+    dismissScreen();
+    EXPECT_TRUE(hasTranscript(R"(
+[VIEW LIFECYCLE] 🚀 viewWillDisappear called | 📊 Is being dismissed: true | 🧹 Performing cleanup due to dismissal
+(later) [VIEW LIFECYCLE] 🚀 viewDidDisappear called | 📊 Is being dismissed: true | 🧹 Performing cleanup due to dismissal
 )"));
-        EXPECT_THAT(port.defaults().entries(), IsEmpty());
-        EXPECT_THAT(port.web().pages(), IsEmpty());
-        EXPECT_EQ(scheduler.pendingCount(), 0u) << scheduler.describePending();
-        comeBackAfter(1);
-        run();
-        EXPECT_TRUE(hasTranscript("\n"));
-    }
+    Lines keys{"current_transaction_id", "current_package_name", "transaction_start_time"};
+    EXPECT_THAT(port.defaults().removals(), SizeIs(3 * keys.size()));
+    EXPECT_TRUE(std::equal(keys.begin(), keys.end(), port.defaults().removals().begin()));
+    EXPECT_THAT(port.web().pages(), IsEmpty());
+    EXPECT_EQ(scheduler.pendingCount(), 0u) << scheduler.describePending();
+    comeBackAfter(1);
+    EXPECT_TRUE(leadsTo("\n"));
 }
 
 TEST_F(ScreenLifecycleTest, ADismissedScreenThatIsStillHeldDoesNothingWithoutItsPage) {
@@ -137,16 +126,14 @@ TEST_F(ScreenLifecycleTest, AnotherScreenAboveIsNoDismissalAndKeepsEverything) {
     screen()->present(above, false);
     runAll();
     EXPECT_TRUE(hasTranscript(R"(
-[VIEW LIFECYCLE] 🚀 viewWillDisappear called | 📊 Is being dismissed: false
-  | ⏸️ Skipping cleanup - might be UPI app return
-(turn 1) [VIEW LIFECYCLE] 🚀 viewDidDisappear called | 📊 Is being dismissed: false
-  | ⏸️ Skipping cleanup - might be UPI app return
+[VIEW LIFECYCLE] 🚀 viewWillDisappear called | 📊 Is being dismissed: false | ⏸️ Skipping cleanup - might be UPI app return
+(turn 1) [VIEW LIFECYCLE] 🚀 viewDidDisappear called | 📊 Is being dismissed: false | ⏸️ Skipping cleanup - might be UPI app return
 )"));
     EXPECT_THAT(port.defaults().entries(), SizeIs(3));
     EXPECT_THAT(page().messageHandlers(), SizeIs(1));
     comeBackAfter(1);
     run();
-    EXPECT_THAT(core.transcript.entries(""), Contains("[APP STATE] 📱 Stored transaction ID: T1"));
+    EXPECT_THAT(heard(), Contains("[APP STATE] 📱 Stored transaction ID: T1"));
 }
 
 TEST_F(ScreenLifecycleTest, AScreenTakenFromItsParentIsDismissed) {
@@ -156,9 +143,8 @@ TEST_F(ScreenLifecycleTest, AScreenTakenFromItsParentIsDismissed) {
     forget();
     alone->removeFromParent();
     EXPECT_TRUE(hasTranscript(R"(
-[VIEW LIFECYCLE] 🚀 viewWillDisappear called | 📊 Is being dismissed: true
-  | 🧹 Performing cleanup due to dismissal | 🚀 viewDidDisappear called | 📊 Is being dismissed: true
-  | 🧹 Performing cleanup due to dismissal
+[VIEW LIFECYCLE] 🚀 viewWillDisappear called | 📊 Is being dismissed: true | 🧹 Performing cleanup due to dismissal
+  | 🚀 viewDidDisappear called | 📊 Is being dismissed: true | 🧹 Performing cleanup due to dismissal
 )"));
     EXPECT_THAT(port.defaults().entries(), IsEmpty());
     EXPECT_THAT(page().messageHandlers(), IsEmpty());

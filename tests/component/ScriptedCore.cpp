@@ -31,7 +31,7 @@ void Transcript::add(std::string entry) {
 
 void Transcript::mark(const std::string& text) {
     const std::scoped_lock lock(mutex_);
-    mark_ = text.empty() ? "" : "-- " + text;
+    mark_ = "-- " + text;
 }
 
 std::vector<std::string> Transcript::entries(const std::string& prefix) const {
@@ -46,7 +46,7 @@ std::vector<std::string> Transcript::entries(const std::string& prefix) const {
 }
 
 std::string Transcript::take(const std::string& from) {
-    constexpr std::size_t width = 110;
+    constexpr std::size_t width = 140;
     const std::scoped_lock lock(mutex_);
     std::string text;
     std::string mark;
@@ -71,6 +71,7 @@ std::string Transcript::take(const std::string& from) {
             tag = entry.starts_with('[') ? entry.substr(0, entry.find(']') + 2) : "";
         }
     }
+    mark_.clear();
     return text + '\n';
 }
 
@@ -102,7 +103,7 @@ void ZorvikUPIAppDetector::getUPIAppsList(const std::string& token, Completion c
 
 bool ZorvikUPIAppDetector::isUPIAppReturnURL(const std::string& url) {
     ScriptedCore::current->call("isUPIAppReturnURL", {url});
-    return url.starts_with("shopreturn:");
+    return url.starts_with("shopreturn");
 }
 
 void EventLoggingUtils::safeLogEvent(const std::string& eventName,

@@ -31,7 +31,7 @@ inline const std::string& plainToken() {
 class Transcript {
   public:
     void add(std::string entry);
-    // Written before the next entry, unless another mark or "" comes before that.
+    // Written before the next entry, unless another mark comes before that.
     void mark(const std::string& text);
     // The entries so far that start with the prefix, without it and without marks.
     std::vector<std::string> entries(const std::string& prefix) const;
@@ -84,8 +84,7 @@ class ScriptedCore : public ZorvikCoreApiSDK {
                      const std::optional<platform::Dictionary>& user,
                      OrderCompletion completion) override {
         const platform::Array items(orderLineItems.begin(), orderLineItems.end());
-        call("createOrder",
-             {amount, currency, items, user ? platform::Value(*user) : platform::Value()},
+        call("createOrder", {amount, currency, items, orNull(user)},
              [completion, result = orderAnswer] { completion(result); });
     }
     void createShopOrder(const std::string& currency, const std::string& amount,
@@ -96,15 +95,13 @@ class ScriptedCore : public ZorvikCoreApiSDK {
                          ShopOrderCompletion completion) override {
         call("createShopOrder",
              {currency, amount, productId, orderLineItems, checkoutExperience, paymentMode,
-              subPaymentMode, user ? platform::Value(*user) : platform::Value()},
+              subPaymentMode, orNull(user)},
              [completion, result = shopOrderAnswer] { completion(result); });
     }
     void updateOrderDetails(const std::string& token, const std::string& orderId,
-                            const std::string& callbackMode, const std::string& referrerPlatform,
-                            const std::string& referrerPlatformVersion,
-                            OrderCompletion completion) override {
-        call("updateOrderDetails",
-             {token, orderId, callbackMode, referrerPlatform, referrerPlatformVersion},
+                            const std::string& callbackMode, const std::string& platform,
+                            const std::string& version, OrderCompletion completion) override {
+        call("updateOrderDetails", {token, orderId, callbackMode, platform, version},
              [completion, result = orderAnswer] { completion(result); });
     }
     void getTransactionEnquiry(const std::string& token, const std::string& orderId,
@@ -115,6 +112,10 @@ class ScriptedCore : public ZorvikCoreApiSDK {
     }
 
   private:
+    static platform::Value orNull(const std::optional<platform::Dictionary>& dictionary) {
+        return dictionary ? platform::Value(*dictionary) : platform::Value();
+    }
+
     std::deque<std::function<void()>> held_;
 };
 

@@ -25,12 +25,11 @@ TEST_F(UPILaunchTest, TheRecordIsWrittenOnceTheHandOffIsConfirmed) {
     scheduler.setNow(now + 2);
     EXPECT_TRUE(leadsTo(R"(
 (turn 1) event UPI_INTENT_STARTED ["parameters": "{\"url\":\"upi://pay?pa=shop@bank&am=1\",\"package_name\":\"app.two\",\"tr\":\"T2\"}", "transactionId": "T2"]
-[UPI LAUNCH] ✅ URL created successfully | 🔍 URL scheme: upi | 🔍 URL host: pay
-  | 📱 Can open URL: true | ✅ UPI app is installed, launching...
+[UPI LAUNCH] ✅ URL created successfully | 🔍 URL scheme: upi | 🔍 URL host: pay | 📱 Can open URL: true
+  | ✅ UPI app is installed, launching...
 (turn 2) [UPI LAUNCH] ✅ UPI app launched successfully! | 📱 App will go to background
-[TRANSACTION STORE] 🚀 Storing transaction details for UPI app return tracking! | 📱 Package name: app.two
-  | 🔢 Transaction ID: T2 | 📱 Stored at: 2027-01-15 08:00:02 +0000
-  | ✅ Transaction details stored successfully | 📊 Ready to detect UPI app return
+[TRANSACTION STORE] 🚀 Storing transaction details for UPI app return tracking! | 📱 Package name: app.two | 🔢 Transaction ID: T2
+  | 📱 Stored at: 2027-01-15 08:00:02 +0000 | ✅ Transaction details stored successfully | 📊 Ready to detect UPI app return
 )"));
     EXPECT_THAT(record(),
                 ElementsAre(Pair("current_package_name", DefaultsValue("app.two")),
@@ -47,16 +46,15 @@ TEST_F(UPILaunchTest, AnAppThatDoesNotOpenIsToldToThePageAndKeepsAnEarlierRecord
     const auto earlier = record();
     requestIntent("pay");
     EXPECT_TRUE(leadsTo(R"(
-[UPI LAUNCH] ✅ URL created successfully | 🔍 URL scheme: nil | 🔍 URL host: nil
-  | 📱 Can open URL: false | ❌ UPI app not installed
-[UPI RESPONSE] 🚀 sendUPIResponse method called! | 📊 Status: unregistered
-  | 📝 Message: UPI app not installed
+[UPI LAUNCH] ✅ URL created successfully | 🔍 URL scheme: nil | 🔍 URL host: nil | 📱 Can open URL: false | ❌ UPI app not installed
+[UPI RESPONSE] 🚀 sendUPIResponse method called! | 📊 Status: unregistered | 📝 Message: UPI app not installed
   | 📋 JSON String: {"sdk_transaction_enquiry_response":"UPI app not installed","sdk_upi_intent_response":"unregistered"}
   | 🔧 Escaped JSON: {\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}
   | 📜 JavaScript to execute: window.postMessage('{\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}', '*');
 (turn 2) script window.postMessage('{\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}', '*');
 (turn 3) [UPI RESPONSE] ✅ Response sent successfully: unregistered | ✅ JavaScript executed without errors
-)", "[UPI LAUNCH]"));
+)",
+                        "[UPI LAUNCH]"));
     const struct {
         std::string url, before, message;
     } cases[] = {
