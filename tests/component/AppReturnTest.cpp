@@ -8,7 +8,7 @@ class AppReturnTest : public CheckoutTest {};
 TEST_F(AppReturnTest, AReturnUrlIsReadAloudFromItsPartsToItsOutcome) {
     openScreen();
     EXPECT_EQ(decide("shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x"), Policy::cancel);
-    EXPECT_TRUE(leadsTo(R"(
+    EXPECT_TRUE(leadsTo("", R"(
 [URL INTERCEPT] 🔍 Intercepted URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x | 📋 URL type: String | 📊 URL length: 50
 call isUPIAppReturnURL(shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x)
 [UPI RETURN] 🔍 isUPIAppReturnURL called for URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x | 📊 isUPIAppReturnURL result: true
@@ -36,9 +36,7 @@ call isUPIAppReturnURL(shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x)
 
 TEST_F(AppReturnTest, AReturnUrlIsRoutedByTheLastStatusWordThatHasAValue) {
     const std::string none = "❌ No status found in URL";
-    const struct {
-        std::string query, routing, handler;
-    } cases[] = {
+    const std::tuple<std::string, std::string, std::string> cases[] = {
         {"?status=SUCCESS", "✅ Payment successful", "SUCCESS"},
         {"?status=Failure", "❌ Payment failed", "FAILURE"},
         {"?status=Cancelled", "⏹️ Payment cancelled", "CANCELLATION"},
@@ -57,11 +55,9 @@ TEST_F(AppReturnTest, AReturnUrlIsRoutedByTheLastStatusWordThatHasAValue) {
         {"?status=%73uccess#status=failure", "✅ Payment successful", "SUCCESS"},
     };
     openScreen();
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.query);
-        EXPECT_EQ(decide("shopreturn://back/p" + row.query), Policy::cancel);
-        EXPECT_THAT(take(),
-                    HasSubstr("| " + row.routing + "\n[UPI " + row.handler + "] 🚀 Handling"));
+    for (const auto& [query, routing, handler] : cases) {
+        EXPECT_EQ(decide("shopreturn://back/p" + query), Policy::cancel);
+        EXPECT_THAT(take(), HasSubstr("| " + routing + "\n[UPI " + handler + "] 🚀 Handling"));
         scheduler.settle();
     }
 }
@@ -70,7 +66,7 @@ TEST_F(AppReturnTest, AnActivationIsReadAloudAndTakesTheWayOfItsKind) {
     core.enquiryAnswer = TransactionEnquiryResponse{Order{"PENDING \"'\\"}, {}};
     openScreen();
     comeBackAfter(0);
-    EXPECT_TRUE(leadsTo(R"(
+    EXPECT_TRUE(leadsTo("", R"(
 (turn 1) [APP STATE] 🚀 App became active - user returned from UPI app!
   | 📊 Current WebView URL: https://pay.example/checkout?token=TOKEN | 📱 App state change detected at: 2027-01-15 08:00:00 +0000
   | 📱 Stored transaction ID: nil | 📱 Stored package name: nil | 📱 Stored start time: nil
@@ -78,7 +74,7 @@ TEST_F(AppReturnTest, AnActivationIsReadAloudAndTakesTheWayOfItsKind) {
 )"));
     storeRecord();
     comeBackAfter(4.5);
-    EXPECT_TRUE(leadsTo(R"(
+    EXPECT_TRUE(leadsTo("[APP STATE] 📱 App state", R"(
 [APP STATE] 📱 App state change detected at: 2027-01-15 08:00:04 +0000 | 📱 Stored transaction ID: T1
   | 📱 Stored package name: app.one | 📱 Stored start time: 2027-01-15 08:00:00 +0000
   | 🎯 UPI app was launched - checking return status... | 📱 UPI App Package: app.one | 🔢 Transaction ID: T1
@@ -94,14 +90,12 @@ call getTransactionEnquiry(TOKEN, order-7, order-7, T1)
   | 📜 Executing JavaScript: window.postMessage('{\"transaction_enquiry_api_response\":\"PENDING \\"'\\\",\"upi_intent_back_response\":\"close\"}', '*');
 (turn 4) script window.postMessage('{\"transaction_enquiry_api_response\":\"PENDING \\"'\\\",\"upi_intent_back_response\":\"close\"}', '*');
 (turn 5) [UPI BACK] ✅ JavaScript executed successfully
-)",
-                        "[APP STATE] 📱 App state"));
+)"));
     comeBackAfter(5);
-    EXPECT_TRUE(leadsTo(R"(
+    EXPECT_TRUE(leadsTo("[APP STATE] ⏱️", R"(
 [APP STATE] ⏱️ Time since UPI app launch: 5.0 seconds | ✅ User returned after some time - likely completed payment
   | 📊 Extended return detected (≥ 5 seconds) | 📱 This is most likely a completed UPI payment
-)",
-                        "[APP STATE] ⏱️"));
+)"));
     for (const double seconds : {-60.0, 4.99}) {
         comeBackAfter(seconds);
         run();
@@ -135,19 +129,18 @@ TEST_F(AppReturnTest, APartialRecordOrAStartTimeOfAnotherTypeIsNone) {
 }
 
 TEST_F(AppReturnTest, AProcessingPagesResponseIsLookedForOnEveryPath) {
-    const struct {
-        std::string url, transcript;
-        std::size_t reports = 0;
-    } cases[] = {
-        {"Processing?response=1", "\n"},
+    const std::tuple<std::string, std::string, int> cases[] = {
+        {"Processing?response=1", "\n", 0},
         {"processing?response=%zz", R"(
 [APP STATE] 🎯 Processing URL detected! | 📋 URL contains 'processing' - checking for payment response...
-)"},
+)",
+         0},
         {"a?x=processing&Response=1", R"(
 [APP STATE] 🎯 Processing URL detected! | 📋 URL contains 'processing' - checking for payment response...
   | 📊 Query parameters: [x=processing, Response=1] | ⚠️ No response parameter found in processing URL
   | 📋 This might be a processing page that will redirect to response URL | 🔄 Waiting for processing page to complete...
-)"},
+)",
+         0},
         {"processing?response&response=7", R"(
 [APP STATE] 🎯 Processing URL detected! | 📋 URL contains 'processing' - checking for payment response...
   | 📊 Query parameters: [response, response=7] | 🎯 Found response parameter! | 📝 Response value: nil
@@ -164,7 +157,7 @@ TEST_F(AppReturnTest, AProcessingPagesResponseIsLookedForOnEveryPath) {
             if (seconds > 0) storeRecord();
             comeBackAfter(seconds);
             runTurn();
-            EXPECT_TRUE(hasTranscript(transcript, "[APP STATE] 🎯 Processing"));
+            EXPECT_TRUE(hasTranscript("[APP STATE] 🎯 Processing", transcript));
             run();
             EXPECT_THAT(seen("failure"), SizeIs(reports));
             forget();

@@ -23,10 +23,10 @@
 namespace zorvik {
 
 using Apps = std::optional<std::vector<UPIAppsVO>>;
-using Lines = std::vector<std::string>;
+using Screen = std::shared_ptr<ZorvikCheckoutWebView>;
 using Policy = platform::WKNavigationActionPolicy;
-using platform::Date, platform::DefaultsValue, platform::Dictionary, platform::Rect;
-using platform::ScriptValue, platform::Value, platform::WKWebView, platform::headless::ScriptedLoad;
+using platform::Date, platform::DefaultsValue, platform::Rect, platform::ScriptValue;
+using platform::WKWebView, platform::headless::ScriptedLoad;
 using testing::Contains, testing::Each, testing::ElementsAre, testing::HasSubstr;
 using testing::IsEmpty, testing::Not, testing::SizeIs, testing::StartsWith;
 
@@ -41,12 +41,10 @@ struct Receiver : ZorvikCheckoutSDKDelegate, ZorvikCheckoutWebViewDelegate {
         hear(name, data);
         whenCalled();
     }
-    void zorvikCheckoutWebViewDidSucceed(const std::shared_ptr<ZorvikCheckoutWebView>&,
-                                         const Dictionary& payload) override {
+    void zorvikCheckoutWebViewDidSucceed(const Screen&, const Dictionary& payload) override {
         hear("success", payload);
     }
-    void zorvikCheckoutWebViewDidFail(const std::shared_ptr<ZorvikCheckoutWebView>&,
-                                      const Dictionary& payload) override {
+    void zorvikCheckoutWebViewDidFail(const Screen&, const Dictionary& payload) override {
         hear("failure", payload);
     }
     static void hear(const std::string& word, const Dictionary& data) {
@@ -131,13 +129,17 @@ class CheckoutTest : public testing::Test {
             std::dynamic_pointer_cast<ZorvikCheckoutWebView>(presenter->presentedViewController());
         ASSERT_TRUE(screen());
     }
-    // Presents a screen that reports to `host` itself; runs no turn.
-    void presentScreen(const ZorvikCheckoutOptions& options = optionsOf(plainToken()),
-                       const Apps& apps = std::nullopt) {
+    // One that reports to `host` itself, not yet shown; the caller owns it.
+    Screen makeScreen(const ZorvikCheckoutOptions& options, const Apps& apps) {
         const auto made = ZorvikCheckoutWebView::initWithOptions(options, apps);
         made->setDelegate(host);
         screen_ = made;
-        presenter->present(made, false);
+        return made;
+    }
+    // Presents one; runs no turn.
+    void presentScreen(const ZorvikCheckoutOptions& options = optionsOf(plainToken()),
+                       const Apps& apps = std::nullopt) {
+        presenter->present(makeScreen(options, apps), false);
     }
     // The same, runs until its page is shown, then forgets what was seen.
     void openScreen(const ZorvikCheckoutOptions& options = optionsOf(plainToken()),
@@ -146,12 +148,10 @@ class CheckoutTest : public testing::Test {
         runAll();
         forget();
     }
-    // One that nobody presents, in a window all the same; the caller owns it.
-    std::shared_ptr<ZorvikCheckoutWebView> loadUnpresentedScreen() {
-        auto made = ZorvikCheckoutWebView::initWithOptions(optionsOf(plainToken()), std::nullopt);
-        made->setDelegate(host);
+    // One that nobody presents, in a window all the same.
+    Screen loadUnpresentedScreen() {
+        auto made = makeScreen(optionsOf(plainToken()), std::nullopt);
         made->setShownByStage(true);
-        screen_ = made;
         runAll();
         forget();
         return made;
@@ -194,7 +194,7 @@ class CheckoutTest : public testing::Test {
     }
     // Whether the transcript, from its first entry with this beginning on, is the text to the
     // character. It starts anew.
-    testing::AssertionResult hasTranscript(const std::string& text, const std::string& from = "") {
+    testing::AssertionResult hasTranscript(const std::string& from, const std::string& text) {
         const std::string all = take(from);
         if (all == text) return testing::AssertionSuccess();
         const auto differs = std::mismatch(all.begin(), all.end(), text.begin(), text.end());
@@ -202,16 +202,16 @@ class CheckoutTest : public testing::Test {
                << "from line " << std::count(all.begin(), differs.first, '\n') << " on:" << all;
     }
     // The same for what comes until nothing is left to run.
-    testing::AssertionResult leadsTo(const std::string& text, const std::string& from = "") {
+    testing::AssertionResult leadsTo(const std::string& from, const std::string& text) {
         run();
-        return hasTranscript(text, from);
+        return hasTranscript(from, text);
     }
     // Every entry; those with this word before them, without it; the last one.
     Lines heard() const { return core.transcript.entries(""); }
     Lines seen(const std::string& word) const { return core.transcript.entries(word + ' '); }
     std::string last() const { return heard().back(); }
 
-    std::shared_ptr<ZorvikCheckoutWebView> screen() const { return screen_.lock(); }
+    Screen screen() const { return screen_.lock(); }
     platform::headless::ScriptedPage& page() { return port.web().page(); }
     const Lines& scripts() { return page().evaluatedScripts(); }
     template <class View>

@@ -1,4 +1,3 @@
-#include "platform/uikit/UIButton.h"
 #include "tests/component/CheckoutFixture.h"
 
 namespace zorvik {
@@ -46,15 +45,6 @@ TEST_F(CheckoutUrlTest, TheAddressHoldsTheTokenAndWhatIsPreselectedOrThePanelIsS
         }
         dismissScreen();
     }
-}
-
-TEST_F(CheckoutUrlTest, EveryLoadIsBuiltFromTheOptionsAndTheBaseOfItsMoment) {
-    load.ending = ScriptedLoad::Ending::failBeforeCommit;
-    openScreen(optionsOf("first"));
-    screen()->setOptions(optionsOf("second"));
-    core.webViewViewUrl = "https://other.example/";
-    find<platform::UIButton>()->sendTouchUpInside();
-    EXPECT_EQ(page().requests().back().url.absoluteString(), "https://other.example/?token=second");
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ TEST_F(FacadeTest, AnAppCodeStaysUntilAnotherIsGivenAndAnAddressIsPassedOnUnless
         EXPECT_EQ(sdk.environmentUrl(), text);
     }
     sdk.checkout(presenter, {});
-    EXPECT_TRUE(leadsTo(R"(
+    EXPECT_TRUE(leadsTo("", R"(
 call setAppCode(SHOP)
 call setZorvikTechUrl(SHOP)
 (background) event SDK_INITIALIZED none ["app_code_provided": true, "platform": "ios", "sdk_version": "2.0.15-alpha.4"]
@@ -59,7 +59,7 @@ TEST_F(FacadeTest, ACheckoutGoesFromTheCallToTheHostInThisOrder) {
     run();
     forget();
     checkout();
-    EXPECT_TRUE(hasTranscript(R"(
+    EXPECT_TRUE(hasTranscript("", R"(
 call updateOrderDetails(TOKEN, order-7, callback_mobile, ios, 2.0.15-alpha.4)
 (background) event CHECKOUT_INITIATED ["app_code": "SHOP", "delegate_present": true, "proxy_delegate_present": true]
 (turn 1) event UPDATE_ORDER_PAYLOAD ["callback_mode": "callback_mobile", "platform_type": "ios"]
@@ -106,7 +106,7 @@ setTimeout(function() {
 )"));
     page().navigate("https://pay.example/check?response=%7B%22payload%22:%7B%22n%22:1%7D%7D");
     runAll();
-    EXPECT_TRUE(hasTranscript(R"(
+    EXPECT_TRUE(hasTranscript("", R"(
 (turn 1) [URL INTERCEPT] 🔍 Intercepted URL: https://pay.example/check?response=%7B%22payload%22:%7B%22n%22:1%7D%7D
   | 📋 URL type: String | 📊 URL length: 70 | 🎯 Found redirect URL
 [REDIRECT] 🚀 handleWebViewRespCheckUrl called!
@@ -211,7 +211,7 @@ TEST_F(FacadeTest, OrderCreationHandsArgumentsAndResultsThroughOnTheirThread) {
     EXPECT_EQ(error, someError("no shop"));
     sdk.createOrder(1, "", {}, {}, {});  // with nobody to tell
     core.answerNext();
-    EXPECT_TRUE(hasTranscript(R"(
+    EXPECT_TRUE(hasTranscript("", R"(
 call createOrder(10.5, INR, [["sku": "a"]], ["name": "n"])
 call createShopOrder(INR, 10.50, p1, true, REDIRECT, UPI, INTENT, null)
 event EXCEPTION_THROWN none ["error": "no shop"]

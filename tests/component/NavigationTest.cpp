@@ -29,7 +29,7 @@ TEST_F(NavigationTest, WhatIsTakenOverIsDecidedByTheFirstRuleThatHolds) {
         forget();
     }
     EXPECT_EQ(decide(std::nullopt), Policy::allow);
-    EXPECT_TRUE(hasTranscript("\n[URL INTERCEPT] ❌ No URL found in navigation action\n"));
+    EXPECT_TRUE(hasTranscript("", "\n[URL INTERCEPT] ❌ No URL found in navigation action\n"));
 }
 
 // The report at once closes the screen in the middle of the page's own question.
@@ -42,13 +42,12 @@ TEST_F(NavigationTest, AScreenClosedInsideItsOwnDecisionStillAnswersIt) {
     EXPECT_THAT(page().messageHandlers(), IsEmpty());
     runAll();
     EXPECT_FALSE(screen());
-    EXPECT_TRUE(hasTranscript(R"(
+    EXPECT_TRUE(hasTranscript("host", R"(
 host ["error": "Invalid response format", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "zorvik_order_id": "order-7"]
 [VIEW LIFECYCLE] 🚀 viewWillDisappear called | 📊 Is being dismissed: true | 🧹 Performing cleanup due to dismissal
 (background) event PAYMENT_STATUS ["error": "Invalid response format", "payload": ["error": "Invalid response format", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "zorvik_order_id": "order-7"], "status": "failed"]
 (later) [VIEW LIFECYCLE] 🚀 viewDidDisappear called | 📊 Is being dismissed: true | 🧹 Performing cleanup due to dismissal
-)",
-                              "host"));
+)"));
 }
 
 TEST_F(NavigationTest, CommitsAndFinishesAreLoggedWithTheAddressOfTheirMoment) {
@@ -122,7 +121,7 @@ TEST_F(NavigationTest, ScriptPanelsArePrintedAndAnsweredForTheCustomer) {
     page().showPanel({Kind::confirm, "sure?", std::nullopt}, answered);
     page().showPanel({Kind::prompt, "name?", "Asha"}, answered);
     page().showPanel({Kind::prompt, "", std::nullopt}, answered);
-    EXPECT_TRUE(leadsTo(R"(
+    EXPECT_TRUE(leadsTo("", R"(
 [WEBVIEW] Alert: alert
 answer false none
 (turn 1) [WEBVIEW] Confirm: sure?

@@ -79,7 +79,7 @@ TEST_F(PageBridgeTest, EveryIntentMessageIsLoggedWithTheIdItsTextHolds) {
         run();
         const Dictionary data{{"transactionId", row.transactionId}, {"parameters", row.body.text}};
         EXPECT_EQ(seen("event").at(0), "UPI_INTENT_STARTED " + description(data));
-        EXPECT_TRUE(hasTranscript(row.transcript, "[UPI"));
+        EXPECT_TRUE(hasTranscript("[UPI", row.transcript));
     }
     // From the last key to the first, each before the ones it must win over.
     std::string ids = "{";
@@ -94,7 +94,7 @@ TEST_F(PageBridgeTest, EveryIntentMessageIsLoggedWithTheIdItsTextHolds) {
     forget();
     platform::WKUserContentController controller;
     screen()->userContentControllerDidReceive(controller, {"OpenUpiIntent", stringBody("{}")});
-    EXPECT_TRUE(hasTranscript("\n"));
+    EXPECT_TRUE(hasTranscript("", "\n"));
 }
 
 }  // namespace

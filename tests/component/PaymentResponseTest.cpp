@@ -88,7 +88,7 @@ failure ["error": "Invalid response format", "order_id": "order-7", "subMerchant
     openScreen();
     for (const auto& [url, transcript] : cases) {
         EXPECT_EQ(decide(url), Policy::cancel);
-        EXPECT_TRUE(leadsTo(transcript, "[REDIRECT] 🔗"));
+        EXPECT_TRUE(leadsTo("[REDIRECT] 🔗", transcript));
     }
     for (const char* start : {"#", "?u=", "?#", "?Response=1&u="}) {
         decide("https://pay.example/" + std::string(start) +

@@ -43,30 +43,17 @@ TEST_F(ResultBridgeTest, TheReportedTransactionIdIsTheFirstStringOfItsKeysElseTh
     }
 }
 
-TEST_F(ResultBridgeTest, AFailureIsLoggedWithItsPayloadAndHandedOnUnchanged) {
-    const std::pair<Dictionary, const char*> cases[] = {
-        {{{"error", "declined"}, {"n", 1}}, "declined"},
-        {{{"error", 7}}, "Payment failed"},
-    };
-    for (const auto& [payload, error] : cases) {
-        openScreen();
-        bridge.zorvikCheckoutWebViewDidFail(screen(), payload);
-        runAll();
-        const Dictionary data{{"error", error}, {"payload", payload}, {"status", "failed"}};
-        EXPECT_THAT(seen("event"), ElementsAre("PAYMENT_STATUS " + description(data)));
-        EXPECT_THAT(seen("host"), ElementsAre(description(payload)));
-    }
-}
-
 TEST_F(ResultBridgeTest, TheHostHearsBeforeTheScreenGoesAndTheEventFollowsInTheBackground) {
     using Report = decltype(&ZorvikCheckoutWebViewDelegate::zorvikCheckoutWebViewDidFail);
     for (const Report report : {&ZorvikCheckoutWebViewDelegate::zorvikCheckoutWebViewDidFail,
                                 &ZorvikCheckoutWebViewDelegate::zorvikCheckoutWebViewDidSucceed}) {
         Bridge ofThisHost(host);
+        const bool isFailure =
+            report == &ZorvikCheckoutWebViewDelegate::zorvikCheckoutWebViewDidFail;
         openScreen();
         host->whenCalled = [&] { EXPECT_FALSE(screen()->isBeingDismissed()); };
-        (ofThisHost.*report)(screen(), {});
-        EXPECT_THAT(seen("host"), SizeIs(1));
+        (ofThisHost.*report)(screen(), {{"error", 7}});
+        EXPECT_THAT(seen("host"), ElementsAre(R"(["error": 7])"));
         EXPECT_TRUE(screen()->isBeingDismissed());
         scheduler.advanceBy(5);
         EXPECT_THAT(seen("event"), IsEmpty());
@@ -80,7 +67,9 @@ TEST_F(ResultBridgeTest, TheHostHearsBeforeTheScreenGoesAndTheEventFollowsInTheB
         host.reset();
         (ofThisHost.*report)(screen(), {});
         runAll();
-        EXPECT_THAT(seen("event"), ElementsAre(StartsWith("PAYMENT_STATUS")));
+        EXPECT_THAT(seen("event"),
+                    ElementsAre(HasSubstr(isFailure ? R"("error": "Payment failed", "payload": [:])"
+                                                    : "success")));
         EXPECT_FALSE(screen());
         host = std::make_shared<Receiver>();
     }

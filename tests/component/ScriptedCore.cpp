@@ -9,18 +9,8 @@
 
 namespace zorvik {
 
-using platform::Dictionary;
-
-namespace {
-
-std::string named(const std::optional<std::string>& text) {
-    return text ? '"' + *text + '"' : "nil";
-}
-
-}  // namespace
-
 void Transcript::add(std::string entry) {
-    const std::string& token = plainToken();
+    Text token = plainToken();
     for (auto at = entry.find(token); at != std::string::npos; at = entry.find(token, at)) {
         entry.replace(at, token.size(), "TOKEN");
     }
@@ -29,31 +19,27 @@ void Transcript::add(std::string entry) {
     entries_.push_back(std::move(entry));
 }
 
-void Transcript::mark(const std::string& text) {
+void Transcript::mark(Text text) {
     const std::scoped_lock lock(mutex_);
     mark_ = "-- " + text;
 }
 
-std::vector<std::string> Transcript::entries(const std::string& prefix) const {
+Lines Transcript::entries(Text prefix) const {
     const std::scoped_lock lock(mutex_);
-    std::vector<std::string> found;
-    for (const auto& entry : entries_) {
-        if (entry.starts_with(prefix) && !entry.starts_with("--")) {
-            found.push_back(entry.substr(prefix.size()));
-        }
+    Lines found;
+    for (Text entry : entries_) {
+        if (entry.starts_with("--") || !entry.starts_with(prefix)) continue;
+        found.push_back(entry.substr(prefix.size()));
     }
     return found;
 }
 
-std::string Transcript::take(const std::string& from) {
-    constexpr std::size_t width = 140;
+std::string Transcript::take(Text from) {
     const std::scoped_lock lock(mutex_);
-    std::string text;
-    std::string mark;
-    std::string tag;
+    std::string text, mark, tag;
     std::size_t used = 0;
     bool hasBegun = false;
-    for (const auto& entry : std::exchange(entries_, {})) {
+    for (Text entry : std::exchange(entries_, {})) {
         hasBegun = hasBegun || entry.starts_with(from);
         if (!hasBegun) continue;
         if (entry.starts_with("--")) {
@@ -61,9 +47,9 @@ std::string Transcript::take(const std::string& from) {
             tag.clear();
         } else if (!tag.empty() && entry.starts_with(tag)) {
             const std::string part = " | " + entry.substr(tag.size());
-            if (used + part.size() > width) text += "\n ";
-            used = used + part.size() > width ? part.size() : used + part.size();
-            text += part;
+            const bool fits = used + part.size() <= 140;
+            text += (fits ? "" : "\n ") + part;
+            used = part.size() + (fits ? used : 0);
         } else {
             const std::string line = std::exchange(mark, "") + entry;
             text += '\n' + line;
@@ -75,18 +61,15 @@ std::string Transcript::take(const std::string& from) {
     return text + '\n';
 }
 
-void ScriptedCore::call(const std::string& name, const std::vector<platform::Value>& arguments,
+void ScriptedCore::call(Text name, const std::vector<Value>& arguments,
                         std::function<void()> answer) {
     std::string list;
-    for (const auto& argument : arguments) {
-        if (&argument != &arguments.front()) list += ", ";
-        list += description(argument);
-    }
+    for (const auto& argument : arguments)
+        list += (list.empty() ? "" : ", ") + description(argument);
     transcript.add("call " + name + '(' + list + ')');
-    if (!answer) return;
-    if (holdsAnswers) {
+    if (answer && holdsAnswers) {
         held_.push_back(std::move(answer));
-    } else {
+    } else if (answer) {
         platform::Environment::runInBackground(std::move(answer));
     }
 }
@@ -106,21 +89,20 @@ bool ZorvikUPIAppDetector::isUPIAppReturnURL(const std::string& url) {
     return url.starts_with("shopreturn");
 }
 
-void EventLoggingUtils::safeLogEvent(const std::string& eventName,
-                                     const std::optional<std::string>& orderId,
+void EventLoggingUtils::safeLogEvent(Text eventName, const std::optional<std::string>& orderId,
                                      const std::optional<std::string>& token,
                                      const std::optional<std::string>& subMerchantId,
                                      const std::optional<Dictionary>& additionalData,
-                                     const std::string& sdkVersion) noexcept {
+                                     Text sdkVersion) noexcept {
     std::string event = "event " + eventName;
     if (!orderId && !token && !subMerchantId) {
         event += " none";
     } else if (orderId != "order-7" || token != plainToken() || subMerchantId != "sub-3") {
-        event += ' ' + named(orderId) + ' ' + named(token) + ' ' + named(subMerchantId);
+        for (const auto& id : {orderId, token, subMerchantId})
+            event += id ? " \"" + *id + '"' : " nil";
     }
     EXPECT_EQ(sdkVersion, "2.0.15-alpha.4");
-    ScriptedCore::current->transcript.add(event + ' ' +
-                                          description(additionalData.value_or(Dictionary())));
+    ScriptedCore::current->transcript.add(event + ' ' + description(additionalData.value()));
 }
 
 void EventLoggingService::setAppCode(const std::optional<std::string>& appCode) {

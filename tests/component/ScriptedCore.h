@@ -18,6 +18,10 @@
 
 namespace zorvik {
 
+using Lines = std::vector<std::string>;
+using Text = const std::string&;
+using platform::Dictionary, platform::Result, platform::Value;
+
 // An order token with the claims "order-7" and "sub-3" that every reader can read.
 inline const std::string& plainToken() {
     static const std::string token =
@@ -32,16 +36,16 @@ class Transcript {
   public:
     void add(std::string entry);
     // Written before the next entry, unless another mark comes before that.
-    void mark(const std::string& text);
+    void mark(Text text);
     // The entries so far that start with the prefix, without it and without marks.
-    std::vector<std::string> entries(const std::string& prefix) const;
-    // All of it from the first entry with this beginning on, each entry on a line of its own under
+    Lines entries(Text prefix = "") const;
+    // All of it from the first entry with this beginning on, each entry on a line of its own behind
     // its mark. Console lines of one tag in a row are one paragraph. The transcript starts anew.
-    std::string take(const std::string& from = "");
+    std::string take(Text from = "");
 
   private:
     mutable std::mutex mutex_;
-    std::vector<std::string> entries_;
+    Lines entries_;
     std::string mark_;
 };
 
@@ -59,61 +63,54 @@ class ScriptedCore : public ZorvikCoreApiSDK {
     std::string webViewViewUrl = "https://pay.example/checkout?token=%@";
     std::string webViewRespCheckUrl = "https://pay.example/check";
 
-    platform::Result<OrderResponse> orderAnswer = OrderResponse{};
-    platform::Result<std::vector<UPIAppsVO>> appsAnswer = std::vector<UPIAppsVO>{};
-    platform::Result<TransactionEnquiryResponse> enquiryAnswer = TransactionEnquiryResponse{};
-    platform::Result<platform::Dictionary> shopOrderAnswer = platform::Dictionary{};
+    Result<OrderResponse> orderAnswer = OrderResponse{};
+    Result<std::vector<UPIAppsVO>> appsAnswer = std::vector<UPIAppsVO>{};
+    Result<TransactionEnquiryResponse> enquiryAnswer = TransactionEnquiryResponse{};
+    Result<Dictionary> shopOrderAnswer = Dictionary{};
 
     // Answers wait for answerNext instead of coming from a background task.
     bool holdsAnswers = false;
     bool isAsked() const { return !held_.empty(); }
     // On a thread of its own, which has ended on return.
     void answerNext() {
-        ASSERT_FALSE(held_.empty());
+        ASSERT_TRUE(isAsked());
         const auto task = std::move(held_.front());
         held_.pop_front();
         std::thread(task).join();
     }
 
     // `answer`: none for a call that has no completion.
-    void call(const std::string& name, const std::vector<platform::Value>& arguments,
-              std::function<void()> answer = {});
+    void call(Text name, const std::vector<Value>& arguments, std::function<void()> answer = {});
 
-    void createOrder(double amount, const std::string& currency,
-                     const std::vector<platform::Dictionary>& orderLineItems,
-                     const std::optional<platform::Dictionary>& user,
-                     OrderCompletion completion) override {
-        const platform::Array items(orderLineItems.begin(), orderLineItems.end());
-        call("createOrder", {amount, currency, items, orNull(user)},
+    void createOrder(double amount, Text currency, const std::vector<Dictionary>& items,
+                     const std::optional<Dictionary>& user, OrderCompletion completion) override {
+        call("createOrder",
+             {amount, currency, platform::Array(items.begin(), items.end()), orNull(user)},
              [completion, result = orderAnswer] { completion(result); });
     }
-    void createShopOrder(const std::string& currency, const std::string& amount,
-                         const std::string& productId, bool orderLineItems,
-                         const std::string& checkoutExperience, const std::string& paymentMode,
-                         const std::string& subPaymentMode,
-                         const std::optional<platform::Dictionary>& user,
+    void createShopOrder(Text currency, Text amount, Text productId, bool orderLineItems,
+                         Text checkoutExperience, Text paymentMode, Text subPaymentMode,
+                         const std::optional<Dictionary>& user,
                          ShopOrderCompletion completion) override {
         call("createShopOrder",
              {currency, amount, productId, orderLineItems, checkoutExperience, paymentMode,
               subPaymentMode, orNull(user)},
              [completion, result = shopOrderAnswer] { completion(result); });
     }
-    void updateOrderDetails(const std::string& token, const std::string& orderId,
-                            const std::string& callbackMode, const std::string& platform,
-                            const std::string& version, OrderCompletion completion) override {
+    void updateOrderDetails(Text token, Text orderId, Text callbackMode, Text platform,
+                            Text version, OrderCompletion completion) override {
         call("updateOrderDetails", {token, orderId, callbackMode, platform, version},
              [completion, result = orderAnswer] { completion(result); });
     }
-    void getTransactionEnquiry(const std::string& token, const std::string& orderId,
-                               const std::string& invoiceId, const std::string& transactionId,
+    void getTransactionEnquiry(Text token, Text orderId, Text invoiceId, Text transactionId,
                                EnquiryCompletion completion) override {
         call("getTransactionEnquiry", {token, orderId, invoiceId, transactionId},
              [completion, result = enquiryAnswer] { completion(result); });
     }
 
   private:
-    static platform::Value orNull(const std::optional<platform::Dictionary>& dictionary) {
-        return dictionary ? platform::Value(*dictionary) : platform::Value();
+    static Value orNull(const std::optional<Dictionary>& dictionary) {
+        return dictionary ? Value(*dictionary) : Value();
     }
 
     std::deque<std::function<void()>> held_;

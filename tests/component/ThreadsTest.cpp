@@ -1,4 +1,3 @@
-#include <atomic>
 #include <thread>
 
 #include "tests/component/CheckoutFixture.h"
@@ -44,6 +43,7 @@ TEST_F(ThreadsTest, OptionsMayChangeWhileEventsAreLogged) {
 TEST_F(ThreadsTest, AScreenDroppedOnAnotherThreadIsDestroyedOnTheMainOne) {
     for (int round = 0; round < 50; ++round) {
         auto alone = loadUnpresentedScreen();
+        std::thread([held = alone] { held->handleDeviceBackButtonPress(); }).join();
         alone->swipeBackDetected();  // whose task may be the last to hold it
         if (round % 2 == 0) {
             std::thread([last = std::move(alone)]() mutable { last.reset(); }).join();
@@ -54,31 +54,6 @@ TEST_F(ThreadsTest, AScreenDroppedOnAnotherThreadIsDestroyedOnTheMainOne) {
         ASSERT_THAT(port.web().pages(), IsEmpty());
     }
     outlivesThePort = loadUnpresentedScreen();  // dropped by the fixture after the port is gone
-}
-
-TEST_F(ThreadsTest, EnquiriesAnsweredOnOtherThreadsReportOnTheMainOne) {
-    core.enquiryAnswer = TransactionEnquiryResponse{Order{"PAID"}, {{"status", "PAID"}}};
-    for (int round = 0; round < 20; ++round) {
-        checkout();
-        std::atomic<bool> cameOnMain = false;
-        host->whenCalled = [&, main = std::this_thread::get_id()] {
-            cameOnMain = std::this_thread::get_id() == main;
-        };
-        page().navigate("shopreturn://back?status=success&tr=T1");
-        runAll();
-        EXPECT_TRUE(cameOnMain);
-        EXPECT_FALSE(screen());
-    }
-    EXPECT_THAT(seen("host"), SizeIs(20));
-    EXPECT_THAT(port.web().pages(), IsEmpty());
-}
-
-TEST_F(ThreadsTest, ADeviceBackMayComeFromAnyThread) {
-    openScreen();
-    std::thread([held = screen()] { held->handleDeviceBackButtonPress(); }).join();
-    scheduler.settle();
-    EXPECT_THAT(scripts(), SizeIs(1));
-    EXPECT_THAT(seen("event"), SizeIs(1));
 }
 
 }  // namespace

@@ -57,7 +57,7 @@ call getTransactionEnquiry(TOKEN, order-7, order-7, T1)
         SCOPED_TRACE(query);
         if (query == "tr=T1") core.enquiryAnswer = someError("no line");
         returnWith(query);
-        EXPECT_TRUE(leadsTo(transcript, "[UPI RETURN] 📊 Transaction data"));
+        EXPECT_TRUE(leadsTo("[UPI RETURN] 📊 Transaction data", transcript));
     }
     screen()->setOptions({});
     returnWith("status=success&tr=T3");

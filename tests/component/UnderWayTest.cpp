@@ -110,7 +110,7 @@ TEST_F(UnderWayTest, NothingHoldsTheScreenButWhatMustAndNothingIsDoneWithoutItsP
         EXPECT_EQ(screen() != nullptr, row.hold == Hold::strong);
         end();
         EXPECT_FALSE(screen());
-        EXPECT_TRUE(hasTranscript(row.heard.empty() ? "\n" : '\n' + row.heard + '\n'));
+        EXPECT_TRUE(hasTranscript("", row.heard.empty() ? "\n" : '\n' + row.heard + '\n'));
         EXPECT_THAT(port.web().pages(), IsEmpty());
 
         openScreen();
