@@ -68,14 +68,11 @@ TEST_F(BackNavigationTest, TheSiteIsATextualPrefixOfSchemeAndHost) {
     };
     openScreen();
     for (const auto& [url, isWithin] : cases) {
-        SCOPED_TRACE(url);
         page().replaceUrl(url);
         screen()->handleDeviceBackButtonPress();
         run();
-        EXPECT_THAT(seen("load"), SizeIs(isWithin ? 0 : 1));
-        EXPECT_THAT(seen("script"), SizeIs(1));
-        EXPECT_THAT(seen("event"),
-                    Contains(R"(BACK_BUTTON_PRESSED ["current_url": ")" + url + "\"]"));
+        EXPECT_THAT(seen("load"), SizeIs(isWithin ? 0 : 1)) << url;
+        EXPECT_EQ(seen("event").back(), R"(BACK_BUTTON_PRESSED ["current_url": ")" + url + "\"]");
         forget();
     }
 }

@@ -1,14 +1,9 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "platform/foundation/Console.h"
 #include "platform/foundation/Data.h"
@@ -28,13 +23,11 @@ using Policy = platform::WKNavigationActionPolicy;
 using platform::Date, platform::DefaultsValue, platform::Rect, platform::ScriptValue;
 using platform::WKWebView, platform::headless::ScriptedLoad;
 using testing::Contains, testing::Each, testing::ElementsAre, testing::HasSubstr;
-using testing::IsEmpty, testing::Not, testing::SizeIs, testing::StartsWith;
+using testing::IsEmpty, testing::SizeIs, testing::StartsWith;
 
 // A host, and a receiver of a screen's outcome.
 struct Receiver : ZorvikCheckoutSDKDelegate, ZorvikCheckoutWebViewDelegate {
-    explicit Receiver(std::string hostName = "host") : name(std::move(hostName)) {}
-
-    const std::string name;
+    std::string name = "host";
     std::function<void()> whenCalled = [] {};
 
     void onCheckoutResponse(const Dictionary& data) override {
@@ -242,7 +235,7 @@ class CheckoutTest : public testing::Test {
         port.defaults().write("current_package_name", std::string("app.one"));
         port.defaults().write("transaction_start_time", startTime);
     }
-    void comeBackAfter(double seconds) {
+    void comeBackAfter(double seconds) {  // since then
         scheduler.setNow(now + seconds);
         port.application().becomeActive();
     }

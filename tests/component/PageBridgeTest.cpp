@@ -4,13 +4,7 @@
 namespace zorvik {
 namespace {
 
-class PageBridgeTest : public CheckoutTest {
-  protected:
-    void finishAnotherPage() {
-        page().navigate("https://pay.example/next");
-        run();
-    }
-};
+class PageBridgeTest : public CheckoutTest {};
 
 TEST_F(PageBridgeTest, ThePageIsGivenOneAppForEachPackageNameWithNullForWhatIsMissing) {
     const std::string odd = "O'Brien \"Pay\" \\ 😀\n\r\t</script> ₹ \x01 \xe2\x80\xa8";
@@ -31,20 +25,21 @@ TEST_F(PageBridgeTest, ThePageIsGivenOneAppForEachPackageNameWithNullForWhatIsMi
 }
 
 TEST_F(PageBridgeTest, TheAppsAreGivenOnceALoadAndAgainOnlyAfterAFailedEvaluation) {
+    const auto scriptsAfterAnotherPage = [this] {
+        page().navigate("https://pay.example/next");
+        run();
+        return scripts().size();
+    };
     openScreen();  // without a list
-    EXPECT_EQ(scripts().size(), 0u);
     screen()->setUpiApps(std::vector<UPIAppsVO>{{"N", "\xff\xfe", "app.n", ""}});
-    finishAnotherPage();
-    EXPECT_EQ(scripts().size(), 0u) << "a name that is no text injects nothing";
+    EXPECT_EQ(scriptsAfterAnotherPage(), 0u) << "a name that is no text injects nothing";
     screen()->setUpiApps(std::vector<UPIAppsVO>{{"N", "n", "", ""}});
     evaluation = someError("no page");
-    finishAnotherPage();
+    EXPECT_EQ(scriptsAfterAnotherPage(), 1u);
     EXPECT_THAT(scripts().at(0), HasSubstr(R"(UPIIntentAvailable('{\"UPIApps\":[]}'))"));
     evaluation = ScriptValue{};
-    finishAnotherPage();
-    EXPECT_EQ(scripts().size(), 2u);
-    finishAnotherPage();
-    EXPECT_EQ(scripts().size(), 2u);
+    EXPECT_EQ(scriptsAfterAnotherPage(), 2u);
+    EXPECT_EQ(scriptsAfterAnotherPage(), 2u);
     find<platform::UIButton>()->sendTouchUpInside();  // loads the checkout page again
     run();
     EXPECT_EQ(scripts().size(), 3u);

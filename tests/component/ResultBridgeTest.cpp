@@ -76,7 +76,8 @@ TEST_F(ResultBridgeTest, TheHostHearsBeforeTheScreenGoesAndTheEventFollowsInTheB
 }
 
 TEST_F(ResultBridgeTest, AReportReachesTheDelegateOfTheStartAndNoneAfterASecondCheckout) {
-    const auto later = std::make_shared<Receiver>("later");
+    const auto later = std::make_shared<Receiver>();
+    later->name = "later";
     checkout();
     sdk.setDelegate(later);
     redirect("%7B%22payload%22:%7B%22a%22:1%7D%7D");

@@ -5,8 +5,7 @@
 namespace zorvik {
 namespace {
 
-using platform::UIButton;
-using platform::UILabel;
+using platform::UIButton, platform::UILabel;
 
 class ScreenLifecycleTest : public CheckoutTest {};
 

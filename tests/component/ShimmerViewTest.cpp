@@ -19,15 +19,7 @@ void collectBlocks(const UIView& root, Views& blocks) {
 class ShimmerViewTest : public CheckoutTest {
   protected:
     ShimmerViewTest() {
-        skeleton->setTranslatesAutoresizingMaskIntoConstraints(false);
         skeleton->setHidden(true);
-        UIView& root = *presenter->view();
-        root.addSubview(skeleton);
-        platform::NSLayoutConstraint::activate(
-            {skeleton->topAnchor().constraintEqualTo(root.topAnchor()),
-             skeleton->leadingAnchor().constraintEqualTo(root.leadingAnchor()),
-             skeleton->trailingAnchor().constraintEqualTo(root.trailingAnchor()),
-             skeleton->bottomAnchor().constraintEqualTo(root.bottomAnchor())});
         collectBlocks(*skeleton, blocks);
     }
 
@@ -48,7 +40,7 @@ class ShimmerViewTest : public CheckoutTest {
 };
 
 TEST_F(ShimmerViewTest, TheSkeletonIsAHeaderAndFifteenRowsOn930Points) {
-    platform::layoutTree(*presenter->view(), {390, 500}, {});
+    platform::layoutTree(*skeleton, {390, 500}, {});
     ASSERT_EQ(blocks.size(), 46u);
     const auto scroll = findView<UIScrollView>(*skeleton);
     const auto content = scroll->subviews().at(0);
