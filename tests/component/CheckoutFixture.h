@@ -28,12 +28,8 @@ using testing::IsEmpty, testing::SizeIs, testing::StartsWith;
 // A host, and a receiver of a screen's outcome.
 struct Receiver : ZorvikCheckoutSDKDelegate, ZorvikCheckoutWebViewDelegate {
     std::string name = "host";
-    std::function<void()> whenCalled = [] {};
 
-    void onCheckoutResponse(const Dictionary& data) override {
-        hear(name, data);
-        whenCalled();
-    }
+    void onCheckoutResponse(const Dictionary& data) override { hear(name, data); }
     void zorvikCheckoutWebViewDidSucceed(const Screen&, const Dictionary& payload) override {
         hear("success", payload);
     }
@@ -67,13 +63,6 @@ inline platform::Error someError(const std::string& description) {
 inline ScriptValue stringBody(const std::string& text) {
     return {ScriptValue::Type::string, text};
 }
-// The failure payload of the checkout of the plain token.
-inline std::string failurePayload(const std::string& error) {
-    return R"(["error": ")" + error +
-           R"(", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", )"
-           R"("zorvik_order_id": "order-7"])";
-}
-
 template <class View>
 std::shared_ptr<View> findView(const platform::UIView& root) {
     for (const auto& subview : root.subviews()) {
@@ -212,7 +201,6 @@ class CheckoutTest : public testing::Test {
         return findView<View>(*screen()->view());
     }
     bool isErrorShown() const { return !find<platform::UILabel>()->superview()->isHidden(); }
-    std::string errorText() const { return find<platform::UILabel>()->text(); }
 
     // Asks the policy directly; it must answer exactly once, before it returns.
     Policy decide(const std::optional<std::string>& url) {

@@ -58,7 +58,8 @@ TEST_F(ScreenLifecycleTest, TheScreenComesUpWithItsSkeletonOverAHiddenPageAndFad
 TEST_F(ScreenLifecycleTest, WithoutATokenThePanelCoversAPulsingSkeletonUntilARetryLoads) {
     openScreen(optionsOf(std::nullopt));
     EXPECT_TRUE(isErrorShown());
-    EXPECT_EQ(errorText(), "Invalid checkout URL. Please try again or contact support.");
+    EXPECT_EQ(find<UILabel>()->text(),
+              "Invalid checkout URL. Please try again or contact support.");
     EXPECT_FALSE(find<ZorvikShimmerView>()->isHidden());
     EXPECT_GT(scheduler.pendingCount(), 0u);
     for (const char* token : {"first", "second"}) {  // every load is built anew
