@@ -53,9 +53,7 @@ inline std::string tokenOf(const std::string& claims) {
     return "header." + segment.substr(0, segment.find('=')) + ".signature";
 }
 inline ZorvikCheckoutOptions optionsOf(const std::optional<std::string>& token) {
-    ZorvikCheckoutOptions options;
-    options.orderToken = token;
-    return options;
+    return {token, std::nullopt, std::nullopt, std::nullopt, std::nullopt};
 }
 inline platform::Error someError(const std::string& description) {
     return {"test", 5, description};
