@@ -5,19 +5,41 @@ namespace {
 
 class AppReturnTest : public CheckoutTest {};
 
-struct StatusCase {
-    std::string query;
-    std::string routing;  // the last line before the handler's own
-    std::string handler;
-};
+TEST_F(AppReturnTest, AReturnUrlIsReadAloudFromItsPartsToItsOutcome) {
+    openScreen();
+    EXPECT_EQ(decide("shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x"), Policy::cancel);
+    EXPECT_TRUE(leadsTo("", R"(
+[URL INTERCEPT] 🔍 Intercepted URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x | 📋 URL type: String | 📊 URL length: 50
+call isUPIAppReturnURL(shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x)
+[UPI RETURN] 🔍 isUPIAppReturnURL called for URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x | 📊 isUPIAppReturnURL result: true
+call isUPIAppReturnURL(shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x)
+[UPI SCHEME] 🔍 Checking URL scheme: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x | 📊 Is UPI return by scheme: true
+[UPI RETURN] 🔍 isUPIAppReturnByScheme called for URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x
+  | 📊 isUPIAppReturnByScheme result: true | 🎯 Detected UPI app return URL!
+  | 🔗 UPI return URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x | 🚀 User returned from UPI app!
+  | 🔗 Return URL: shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x | 📱 Return detected at: 2027-01-15 08:00:00 +0000
+  | ✅ URL components parsed successfully | 🔍 URL scheme: shopreturn | 🔍 URL host: back | 🔍 URL path: /p | 📋 Query param: a = 1
+  | 📋 Query param: b = nil | 📋 Query param: a = 2 | 📋 Query param: b = é+ | 📋 Query param: b = nil
+  | 📋 Query param: status = x | 📊 Transaction data: ["a": "2", "status": "x"] | 📋 Query items count: 6 | 📊 Status found: x
+  | ❓ Unknown status: x
+[UPI UNKNOWN] 🚀 Handling UPI unknown status callback! | 📊 Unknown data: ["a": "2", "status": "x"] | ❓ Unknown payment status
+(turn 1) [UPI UNKNOWN] 📞 Calling delegate failure method
+(turn 2) failure ["error": "Unknown payment status", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "transaction_id": "", "zorvik_order_id": "order-7", "zorvik_transaction_id": ""]
+(background) event PAYMENT_STATUS ["error_reason": "Unknown payment status", "status": "unknown", "transactionId": "", "upi_data": ["a": "2", "status": "x"]]
+)"));
+    decide("shopreturn");
+    EXPECT_THAT(heard(), testing::IsSupersetOf(
+                             {"[UPI RETURN] 🔍 URL scheme: nil", "[UPI RETURN] 🔍 URL host: nil"}));
+    decide("shopreturn://?status=success&x=%zz");
+    EXPECT_EQ(last(), "[UPI RETURN] ❌ Failed to parse URL components");
+}
 
 TEST_F(AppReturnTest, AReturnUrlIsRoutedByTheLastStatusWordThatHasAValue) {
     const std::string none = "❌ No status found in URL";
-    const StatusCase cases[] = {
+    const std::tuple<std::string, std::string, std::string> cases[] = {
         {"?status=SUCCESS", "✅ Payment successful", "SUCCESS"},
         {"?status=Failure", "❌ Payment failed", "FAILURE"},
         {"?status=Cancelled", "⏹️ Payment cancelled", "CANCELLATION"},
-        {"?status=Failed", "❓ Unknown status: Failed", "UNKNOWN"},
         {"?status=successful", "❓ Unknown status: successful", "UNKNOWN"},
         {"?status=", "❓ Unknown status: ", "UNKNOWN"},
         {"?status=failure&status=success", "✅ Payment successful", "SUCCESS"},
@@ -28,61 +50,63 @@ TEST_F(AppReturnTest, AReturnUrlIsRoutedByTheLastStatusWordThatHasAValue) {
         {"?tr=T1&tr", none, "UNKNOWN"},
         {"?tr=", none, "UNKNOWN"},
         {"", none, "UNKNOWN"},
+        {"?", none, "UNKNOWN"},
         {"?Status=success&transactionId=T1", none, "UNKNOWN"},
         {"?status=%73uccess#status=failure", "✅ Payment successful", "SUCCESS"},
     };
     openScreen();
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.query);
-        takeLines();
-        EXPECT_EQ(decide("shopreturn://back/p" + row.query), Policy::cancel);
-        const auto routed = std::find(lines.begin(), lines.end(), "[UPI RETURN] " + row.routing);
-        ASSERT_LT(routed, lines.end() - 1);
-        EXPECT_THAT(*(routed + 1), StartsWith("[UPI " + row.handler + "] 🚀 Handling"));
+    for (const auto& [query, routing, handler] : cases) {
+        EXPECT_EQ(decide("shopreturn://back/p" + query), Policy::cancel);
+        EXPECT_THAT(take(), HasSubstr("| " + routing + "\n[UPI " + handler + "] 🚀 Handling"));
         scheduler.settle();
     }
 }
 
-TEST_F(AppReturnTest, AReturnUrlsItemsAreAppliedInOrderAndCountedAsItems) {
+TEST_F(AppReturnTest, AnActivationIsReadAloudAndTakesTheWayOfItsKind) {
+    core.enquiryAnswer = TransactionEnquiryResponse{Order{"PENDING \"'\\"}, {}};
     openScreen();
-    decide("shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&c=3&c&status=x");
-    EXPECT_THAT(lines, Contains("[UPI RETURN] 📋 Query param: c = nil"));
-    EXPECT_THAT(
-        lines,
-        Contains(R"([UPI RETURN] 📊 Transaction data: ["a": "2", "b": "é+", "status": "x"])"));
-    EXPECT_THAT(lines, Contains("[UPI RETURN] 📋 Query items count: 7"));
-    decide("shopreturn://back?status=success&x=%zz");
-    EXPECT_EQ(lines.back(), "[UPI RETURN] ❌ Failed to parse URL components");
-    EXPECT_THAT(core.takeCalls(), IsEmpty());
-}
-
-TEST_F(AppReturnTest, FromFiveSecondsOnAReturnIsNoLongerAUPIIntentBack) {
-    const std::pair<double, bool> cases[] = {
-        {0, true}, {4.9, true}, {5, false}, {86'400, false}, {-60, true}};
-    openScreen(optionsOf("abc"));
+    comeBackAfter(0);
+    EXPECT_TRUE(leadsTo("", R"(
+(turn 1) [APP STATE] 🚀 App became active - user returned from UPI app!
+  | 📊 Current WebView URL: https://pay.example/checkout?token=TOKEN | 📱 App state change detected at: 2027-01-15 08:00:00 +0000
+  | 📱 Stored transaction ID: nil | 📱 Stored package name: nil | 📱 Stored start time: nil
+  | ⚠️ No stored transaction details found | 📊 This might be a normal app activation or first launch
+)"));
     storeRecord();
-    for (const auto& [seconds, isQuick] : cases) {
-        SCOPED_TRACE(seconds);
-        forget();
+    comeBackAfter(4.5);
+    EXPECT_TRUE(leadsTo("[APP STATE] 📱 App state", R"(
+[APP STATE] 📱 App state change detected at: 2027-01-15 08:00:04 +0000 | 📱 Stored transaction ID: T1
+  | 📱 Stored package name: app.one | 📱 Stored start time: 2027-01-15 08:00:00 +0000
+  | 🎯 UPI app was launched - checking return status... | 📱 UPI App Package: app.one | 🔢 Transaction ID: T1
+  | ⏱️ Time since UPI app launch: 4.5 seconds | ⚠️ User returned quickly - likely cancelled or went back
+  | 📊 Quick return detected (< 5 seconds) | 📱 This could be a UPI app return or user back navigation
+  | ✅ Webview is still visible - treating as UPI app return
+[UPI BACK] 🚀 User went back from UPI app - Android-style handling! | 📱 Using Android-style UPI intent back handling
+[BACK HANDLER] 🚀 insertJSToWebview called | 📊 isDeviceBackPressed: false
+(turn 2) [BACK HANDLER] 📱 Handling UPI intent back
+[UPI BACK] 🚀 UPI intent back - Android-style handling | 📊 Order ID: order-7 | 📊 Transaction ID: T1
+call getTransactionEnquiry(TOKEN, order-7, order-7, T1)
+(background) [UPI BACK] ✅ Transaction enquiry successful
+  | 📜 Executing JavaScript: window.postMessage('{\"transaction_enquiry_api_response\":\"PENDING \\"'\\\",\"upi_intent_back_response\":\"close\"}', '*');
+(turn 4) script window.postMessage('{\"transaction_enquiry_api_response\":\"PENDING \\"'\\\",\"upi_intent_back_response\":\"close\"}', '*');
+(turn 5) [UPI BACK] ✅ JavaScript executed successfully
+)"));
+    comeBackAfter(5);
+    EXPECT_TRUE(leadsTo("[APP STATE] ⏱️", R"(
+[APP STATE] ⏱️ Time since UPI app launch: 5.0 seconds | ✅ User returned after some time - likely completed payment
+  | 📊 Extended return detected (≥ 5 seconds) | 📱 This is most likely a completed UPI payment
+)"));
+    for (const double seconds : {-60.0, 4.99}) {
         comeBackAfter(seconds);
-        EXPECT_EQ(lines.back(), isQuick
-                                    ? "[BACK HANDLER] 📊 isDeviceBackPressed: false"
-                                    : "[APP STATE] 📱 This is most likely a completed UPI payment");
-        scheduler.settle();
-        const Lines enquiry{"getTransactionEnquiry(abc, , , T1)"};
-        EXPECT_EQ(core.takeCalls(), isQuick ? enquiry : Lines());
+        run();
+        EXPECT_THAT(seen("script"), SizeIs(1)) << "as quick as any";
+        forget();
     }
-    EXPECT_EQ(port.defaults().entries().size(), 3u) << "the record stays";
-}
-
-TEST_F(AppReturnTest, AQuickReturnToAScreenThatIsNotShownStartsNothing) {
-    const auto alone = loadUnshownScreen();
-    storeRecord();
+    screen()->setShownByStage(false);
     comeBackAfter(1);
-    EXPECT_EQ(lines.back(),
-              "[APP STATE] ⚠️ Webview is not visible - might be user back navigation");
-    runAll();
-    EXPECT_THAT(core.takeCalls(), IsEmpty());
+    run();
+    EXPECT_EQ(last(), "[APP STATE] ⚠️ Webview is not visible - might be user back navigation");
+    EXPECT_THAT(port.defaults().entries(), SizeIs(3)) << "the record stays";
 }
 
 TEST_F(AppReturnTest, APartialRecordOrAStartTimeOfAnotherTypeIsNone) {
@@ -91,58 +115,49 @@ TEST_F(AppReturnTest, APartialRecordOrAStartTimeOfAnotherTypeIsNone) {
         {"transaction_start_time", Date{now}}, {"a number", now},
         {"a text", description(Date{now})},
     };
-    openScreen();
+    openScreen(optionsOf(std::nullopt));  // which loads nothing
     for (const auto& [missing, startTime] : cases) {
         SCOPED_TRACE(missing);
         storeRecord(startTime);
         port.defaults().remove({missing});
-        forget();
         comeBackAfter(1);
-        ASSERT_EQ(lines.size(), 8u);
-        EXPECT_EQ(lines[6], "[APP STATE] ⚠️ No stored transaction details found");
-        scheduler.settle();
-        EXPECT_THAT(core.takeCalls(), IsEmpty());
+        run();
+        EXPECT_THAT(heard(), Contains("[APP STATE] 📊 Current WebView URL: nil"));
+        EXPECT_EQ(last(), "[APP STATE] 📊 This might be a normal app activation or first launch");
+        forget();
     }
-    EXPECT_EQ(lines[5], "[APP STATE] 📱 Stored start time: nil");
 }
 
-struct ProcessingCase {
-    std::string url;
-    std::string line;  // the last one before a redirect's own
-    std::string report;
-};
-
 TEST_F(AppReturnTest, AProcessingPagesResponseIsLookedForOnEveryPath) {
-    const std::string waiting = "🔄 Waiting for processing page to complete...";
-    const ProcessingCase cases[] = {
-        {"Processing?response=1", "", ""},
-        {"processing", waiting, ""},
-        {"a?x=processing&Response=1", waiting, ""},
-        {"processing?response=%zz",
-         "📋 URL contains 'processing' - checking for payment response...", ""},
-        {"processing?response=7", "📝 Response value: 7", "success"},
-        {"processing?response&response=7", "📝 Response value: nil", "failure"},
+    const std::pair<std::string, std::string> cases[] = {
+        {"Processing?response=1", "\n"},
+        {"processing?response=%zz", R"(
+[APP STATE] 🎯 Processing URL detected! | 📋 URL contains 'processing' - checking for payment response...
+)"},
+        {"a?x=processing&Response=1", R"(
+[APP STATE] 🎯 Processing URL detected! | 📋 URL contains 'processing' - checking for payment response...
+  | 📊 Query parameters: [x=processing, Response=1] | ⚠️ No response parameter found in processing URL
+  | 📋 This might be a processing page that will redirect to response URL | 🔄 Waiting for processing page to complete...
+)"},
+        {"processing?response&response=7", R"(
+[APP STATE] 🎯 Processing URL detected! | 📋 URL contains 'processing' - checking for payment response...
+  | 📊 Query parameters: [response, response=7] | 🎯 Found response parameter! | 📝 Response value: nil
+[REDIRECT] 🚀 handleWebViewRespCheckUrl called! | 🔗 Processing URL: https://pay.example/processing?response&response=7
+  | 📊 Available query items: [response, response=7] | ❌ No response parameter found
+)"},
     };
     openScreen();
-    for (const auto& row : cases) {
-        page().replaceUrl("https://pay.example/" + row.url);
+    for (const auto& [url, transcript] : cases) {
+        page().replaceUrl("https://pay.example/" + url);
         for (const double seconds : {-1, 10, 2}) {  // without a record, extended, quick
-            SCOPED_TRACE(row.url);
+            SCOPED_TRACE(url);
             if (seconds > 0) storeRecord();
-            takeLines();
             comeBackAfter(seconds);
-            Lines printed;
-            for (const auto& line : lines) {
-                if (line.starts_with("[APP STATE]")) printed.push_back(line);
-            }
-            const bool isDetected =
-                std::count(lines.begin(), lines.end(), "[APP STATE] 🎯 Processing URL detected!");
-            EXPECT_EQ(isDetected, !row.line.empty());
-            EXPECT_TRUE(!isDetected || printed.back() == "[APP STATE] " + row.line);
-            scheduler.runUntilIdle();
-            EXPECT_EQ(outcome->successes.size(), row.report == "success" ? 1u : 0u);
-            EXPECT_EQ(outcome->failures.size(), row.report == "failure" ? 1u : 0u);
-            *outcome = {};
+            runTurn();
+            EXPECT_TRUE(hasTranscript("[APP STATE] 🎯 Processing", transcript));
+            run();
+            EXPECT_EQ(seen("failure").size(), transcript.find("[REDIRECT]") < transcript.size());
+            forget();
         }
         port.defaults().remove({"current_transaction_id"});
     }

@@ -1,36 +1,62 @@
-#include "platform/foundation/URLComponents.h"
 #include "tests/component/CheckoutFixture.h"
 
 namespace zorvik {
 namespace {
 
-class BackNavigationTest : public CheckoutTest {
-  protected:
-    std::string lastRequest() { return page().requests().back().url.absoluteString(); }
+class BackNavigationTest : public CheckoutTest {};
 
-    void goBack() {
-        screen()->handleDeviceBackButtonPress();
-        runAll();
-    }
-    void comeBackQuickly() {
-        storeRecord();
-        comeBackAfter(1);
-    }
-};
-
-TEST_F(BackNavigationTest, ADeviceBackOnTheSiteIsPostedATurnLaterAndLogged) {
+TEST_F(BackNavigationTest, ABackActionIsPostedATurnLaterAndLoggedBesideItsOwnEvent) {
     openScreen(optionsOf("abc"));
+    screen()->backButtonTapped();
+    EXPECT_TRUE(leadsTo("", R"(
+[BACK HANDLER] 🚀 Navigation bar back button pressed - Android-style handling | 🚀 Device back button pressed - Android-style handling
+  | 🚀 insertJSToWebview called | 📊 isDeviceBackPressed: true
+(turn 1) [BACK HANDLER] 📱 Handling device back pressed | 🚀 Device back pressed - Android-style handling
+  | 📊 Current URL: https://pay.example/checkout?token=abc | 📊 Expected URL: https://pay.example/checkout?token=abc
+  | 📊 Current base: https://pay.example | 📊 Expected base: https://pay.example
+  | 📜 Executing JavaScript: window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
+(turn 2) script window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
+(turn 3) [BACK HANDLER] ✅ JavaScript executed successfully
+(background) event BACK_BUTTON_PRESSED "" "abc" "" ["platform": "ios", "source": "navigation_bar_back_button"]
+(background) event BACK_BUTTON_PRESSED "" "abc" "" ["current_url": "https://pay.example/checkout?token=abc"]
+)"));
+    evaluation = someError("boom");
+    screen()->swipeBackDetected();
+    EXPECT_EQ(heard().front(),
+              "[BACK HANDLER] 🚀 Swipe back gesture detected - Android-style handling");
+    EXPECT_TRUE(leadsTo("[BACK HANDLER] ❌", R"(
+[BACK HANDLER] ❌ JavaScript error: boom
+(background) event BACK_BUTTON_PRESSED "" "abc" "" ["platform": "ios", "source": "swipe_gesture"]
+(background) event BACK_BUTTON_PRESSED "" "abc" "" ["current_url": "https://pay.example/checkout?token=abc"]
+)"));
+}
+
+TEST_F(BackNavigationTest, AnotherHostIsLeftForTheBrowserBackAddressBeforeThePost) {
+    core.webViewViewUrl = "https://pay.example/checkout?old=1?token=%@";
+    openScreen(optionsOf("a&b"));
+    page().replaceUrl("https://bank.example/otp?x=1&y=%20");
     screen()->handleDeviceBackButtonPress();
-    EXPECT_THAT(scripts(), IsEmpty());
-    EXPECT_TRUE(scheduler.runOneTurn());
-    EXPECT_EQ(lastPostedMessage(),
-              (Dictionary{{"sdk_action", "device_back_initiated"}, {"source", "ios"}}));
-    EXPECT_THAT(core.events(), IsEmpty());
-    EXPECT_TRUE(scheduler.runOneBackgroundTask());
-    EXPECT_THAT(core.events(), ElementsAre(R"(BACK_BUTTON_PRESSED "" "abc" "" ["current_url": )"
-                                           R"("https://pay.example/checkout?token=abc"])"));
-    runAll();
-    EXPECT_EQ(lines.back(), "[BACK HANDLER] ✅ JavaScript executed successfully");
+    runTurn();
+    EXPECT_TRUE(hasTranscript("[BACK HANDLER] 📊 Current base", R"(
+[BACK HANDLER] 📊 Current base: https://bank.example | 📊 Expected base: https://pay.example | ⚠️ URL not within expected base
+  | 🔄 Redirecting to browser back URL
+  | 📋 Browser back URL: https://pay.example/checkout?token=a%26b&browser_back=true&current_url=https://bank.example/otp?x%3D1%26y%3D%2520&expected_url=https://pay.example/checkout?token%3Da%2526b
+  | 📜 Executing JavaScript: window.postMessage('{\"sdk_action\":\"device_back_initiated\",\"source\":\"ios\"}', '*');
+)"));
+    EXPECT_EQ(page().requests().back().timeoutInterval, 60);
+    run();
+    EXPECT_THAT(seen("load"), ElementsAre(HasSubstr("&browser_back=true&")));
+    // Without an address to go back by, or without a token, it is that of the checkout as built.
+    for (const auto& options : {optionsOf("a&b"), optionsOf(std::nullopt)}) {
+        forget();
+        core.webViewViewUrl =
+            options.orderToken ? "https://pay.example/a b" : "https://pay.example/";
+        screen()->setOptions(options);
+        page().replaceUrl("about:blank");
+        screen()->handleDeviceBackButtonPress();
+        EXPECT_THAT((run(), seen("load")), ElementsAre("https://pay.example/checkout?token=a%26b"));
+        EXPECT_THAT(heard(), Contains("[BACK HANDLER] 📊 Current base: about://"));
+    }
 }
 
 TEST_F(BackNavigationTest, TheSiteIsATextualPrefixOfSchemeAndHost) {
@@ -40,119 +66,57 @@ TEST_F(BackNavigationTest, TheSiteIsATextualPrefixOfSchemeAndHost) {
         {"https://PAY.example/checkout", false},    {"about:blank", false},
         {"https://pay.example/%zz", true},          {"https://bank.example/100%", false},
     };
-    std::size_t posts = 0;
     openScreen();
     for (const auto& [url, isWithin] : cases) {
-        SCOPED_TRACE(url);
         page().replaceUrl(url);
-        const auto requests = page().requests().size();
         screen()->handleDeviceBackButtonPress();
-        scheduler.runOneTurn();
-        EXPECT_EQ(page().requests().size() - requests, isWithin ? 0u : 1u);
-        EXPECT_EQ(scripts().size(), ++posts);
-        runAll();
-        EXPECT_THAT(core.takeEvents(),
-                    Contains(R"(BACK_BUTTON_PRESSED ["current_url": ")" + url + "\"]"));
+        run();
+        EXPECT_THAT(seen("load"), SizeIs(isWithin ? 0 : 1)) << url;
+        EXPECT_EQ(seen("event").back(), R"(BACK_BUTTON_PRESSED ["current_url": ")" + url + "\"]");
+        forget();
     }
 }
 
-TEST_F(BackNavigationTest, AnotherHostIsLeftForTheBrowserBackAddress) {
-    core.webViewViewUrl = "https://pay.example/checkout?old=1?token=%@";
-    openScreen(optionsOf("a&b"));
-    page().replaceUrl("https://bank.example/otp?x=1&y=%20");
-    screen()->handleDeviceBackButtonPress();
-    scheduler.runOneTurn();
-    EXPECT_EQ(lines.at(lines.size() - 2), "[BACK HANDLER] 📋 Browser back URL: " + lastRequest());
-    EXPECT_EQ(lines.back(), "[BACK HANDLER] 📜 Executing JavaScript: " + scripts().back());
-    const std::string expected = "https://pay.example/checkout?token=a%26b";
-    EXPECT_THAT(
-        *platform::URLComponents::parse(lastRequest())->queryItems(),
-        ElementsAre(platform::URLQueryItem{"token", "a&b"},
-                    platform::URLQueryItem{"browser_back", "true"},
-                    platform::URLQueryItem{"current_url", "https://bank.example/otp?x=1&y=%20"},
-                    platform::URLQueryItem{"expected_url", expected}));
-}
-
-TEST_F(BackNavigationTest, BarAndSwipeLogTheirOwnEventBeforeTheFlows) {
-    openScreen();
-    const auto ownEvent = [](const std::string& source) {
-        return R"(BACK_BUTTON_PRESSED ["platform": "ios", "source": ")" + source + "\"]";
-    };
-    const auto flowEvent = StartsWith("BACK_BUTTON_PRESSED [\"current_url\"");
-    screen()->backButtonTapped();
-    runAll();
-    EXPECT_THAT(core.takeEvents(), ElementsAre(ownEvent("navigation_bar_back_button"), flowEvent));
-    screen()->swipeBackDetected();
-    runAll();
-    EXPECT_THAT(core.takeEvents(), ElementsAre(ownEvent("swipe_gesture"), flowEvent));
-}
-
-TEST_F(BackNavigationTest, ACheckoutAddressThatDoesNotParseEndsTheFlowAndAnAbsentPageDoesNot) {
+TEST_F(BackNavigationTest, ACheckoutAddressThatDoesNotParseEndsTheFlow) {
     core.webViewViewUrl = "https://pay.example/a b";
     openScreen();
     page().replaceUrl("https://pay.example/");
-    goBack();
-    EXPECT_EQ(lines.back(), "[BACK HANDLER] ❌ Failed to parse URLs");
-    EXPECT_THAT(scripts(), IsEmpty());
-    EXPECT_THAT(core.events(), IsEmpty());
-
-    dismissScreen();
-    openScreen(optionsOf(std::nullopt));  // which loads nothing
-    goBack();
-    EXPECT_EQ(lines.back(), "[BACK HANDLER] ✅ JavaScript executed successfully");
-    EXPECT_THAT(core.events(), ElementsAre(R"(BACK_BUTTON_PRESSED "" nil "" ["current_url": ""])"));
-}
-
-TEST_F(BackNavigationTest, AUPIIntentBackPostsTheEnquirysStatusInATurnAfterItsAnswer) {
-    core.holdsAnswers = true;
-    core.enquiryAnswer = TransactionEnquiryResponse{Order{"PENDING \"'\\"}, {}};
-    openScreen();
-    comeBackQuickly();
-    EXPECT_TRUE(scheduler.runOneTurn());
-    EXPECT_THAT(core.takeCalls(),
-                ElementsAre("getTransactionEnquiry(TOKEN, order-7, order-7, T1)"));
-    core.answerNext();
-    EXPECT_THAT(scripts(), IsEmpty());
-    EXPECT_TRUE(scheduler.runOneTurn());
-    // Only double quotes are escaped: the JSON's own backslashes reach the script as they are.
-    EXPECT_THAT(scripts().at(0),
-                HasSubstr(R"(\"transaction_enquiry_api_response\":\"PENDING \\"'\\\")"));
-    EXPECT_THAT(scripts().at(0), HasSubstr(R"(\"upi_intent_back_response\":\"close\")"));
-    evaluation = someError("boom");
-    runAll();
-    EXPECT_EQ(lines.back(), "[UPI BACK] ❌ JavaScript error: boom");
-    EXPECT_THAT(core.events(), IsEmpty());
+    screen()->handleDeviceBackButtonPress();
+    EXPECT_TRUE(leadsTo("[BACK HANDLER] 📊 Exp", R"(
+[BACK HANDLER] 📊 Expected URL:  | ❌ Failed to parse URLs
+)"));
 }
 
 TEST_F(BackNavigationTest, AnEnquiryWithoutAStatusIsPostedAsAnEmptyOneAndNoTextNotAtAll) {
     using Answer = platform::Result<TransactionEnquiryResponse>;
     openScreen();
-    for (const Answer& answer : {Answer(someError("no line")), Answer(TransactionEnquiryResponse{}),
-                                 Answer(TransactionEnquiryResponse{Order{}, {}})}) {
+    const auto comeBackTo = [this](const Answer& answer) {
         core.enquiryAnswer = answer;
-        comeBackQuickly();
-        runAll();
-        EXPECT_EQ(lastPostedMessage(), (Dictionary{{"upi_intent_back_response", "close"},
-                                                   {"transaction_enquiry_api_response", ""}}));
+        storeRecord();
+        comeBackAfter(1);
+        runTurn();  // the activation
+        port.defaults().remove({"current_transaction_id"});
+        forget();
+    };
+    evaluation = someError("boom");
+    comeBackTo(someError("no line"));
+    run();
+    EXPECT_EQ(last(), "[UPI BACK] ❌ JavaScript error: boom");
+    EXPECT_THAT(seen("script"), ElementsAre(HasSubstr(R"(api_response\":\"\")")));
+    EXPECT_THAT(seen("call"), ElementsAre("getTransactionEnquiry(TOKEN, order-7, order-7, )"));
+    EXPECT_THAT(heard(), Contains("[UPI BACK] ❌ Transaction enquiry failed: no line"));
+    for (const auto& order : {std::optional<Order>(), std::optional<Order>(Order{})}) {
+        comeBackTo(TransactionEnquiryResponse{order, {}});
+        run();
+        EXPECT_THAT(seen("script"), ElementsAre(HasSubstr(R"(api_response\":\"\")")));
     }
-    core.enquiryAnswer = TransactionEnquiryResponse{Order{"\xff"}, {}};
-    comeBackQuickly();
-    runAll();
-    EXPECT_THAT(lines.back(), StartsWith("[UPI BACK] ❌ JSON serialization error: "));
-}
-
-TEST_F(BackNavigationTest, BackActionsUnderWayHoldTheScreenWeakly) {
-    core.holdsAnswers = true;
-    openScreen();
-    comeBackQuickly();
-    scheduler.runOneTurn();  // the enquiry is under way
-    screen()->swipeBackDetected();
-    dismissScreen();
-    forget();
-    core.answerNext();
-    runAll();
-    EXPECT_THAT(lines, IsEmpty());
-    EXPECT_THAT(core.events(), IsEmpty());
+    comeBackTo(TransactionEnquiryResponse{Order{"\xff"}, {}});
+    run();
+    EXPECT_THAT(last(), StartsWith("[UPI BACK] ❌ JSON serialization error: "));
+    screen()->setOptions({});
+    comeBackTo(TransactionEnquiryResponse{});
+    run();
+    EXPECT_EQ(last(), "[UPI BACK] ❌ No order token available");
 }
 
 }  // namespace

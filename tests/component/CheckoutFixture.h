@@ -1,17 +1,12 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <functional>
+#include <algorithm>
 #include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "platform/foundation/Console.h"
 #include "platform/foundation/Data.h"
-#include "platform/foundation/JSONSerialization.h"
 #include "platform/headless/HeadlessPlatform.h"
 #include "platform/uikit/UILabel.h"
 #include "platform/uikit/UIViewController.h"
@@ -22,42 +17,27 @@
 
 namespace zorvik {
 
-namespace platform {
-inline void PrintTo(const Value& value, std::ostream* out) {
-    *out << description(value).substr(0, 400);
-}
-}  // namespace platform
-
 using Apps = std::optional<std::vector<UPIAppsVO>>;
-using Lines = std::vector<std::string>;
+using Screen = std::shared_ptr<ZorvikCheckoutWebView>;
 using Policy = platform::WKNavigationActionPolicy;
-using platform::Date, platform::DefaultsValue, platform::Dictionary, platform::Rect;
-using platform::ScriptValue, platform::Value, platform::WKWebView, platform::headless::ScriptedLoad;
+using platform::Date, platform::DefaultsValue, platform::Rect, platform::ScriptValue;
+using platform::WKWebView, platform::headless::ScriptedLoad;
 using testing::Contains, testing::Each, testing::ElementsAre, testing::HasSubstr;
-using testing::IsEmpty, testing::Not, testing::SizeIs, testing::StartsWith;
+using testing::IsEmpty, testing::SizeIs, testing::StartsWith;
 
-struct RecordingHost : ZorvikCheckoutSDKDelegate {
-    std::vector<Dictionary> responses;
-    std::function<void()> whenCalled = [] {};
+// A host, and a receiver of a screen's outcome.
+struct Receiver : ZorvikCheckoutSDKDelegate, ZorvikCheckoutWebViewDelegate {
+    std::string name = "host";
 
-    void onCheckoutResponse(const Dictionary& data) override {
-        responses.push_back(data);
-        whenCalled();
+    void onCheckoutResponse(const Dictionary& data) override { hear(name, data); }
+    void zorvikCheckoutWebViewDidSucceed(const Screen&, const Dictionary& payload) override {
+        hear("success", payload);
     }
-};
-
-struct RecordingScreenDelegate : ZorvikCheckoutWebViewDelegate {
-    std::vector<Dictionary> successes;
-    std::vector<Dictionary> failures;
-
-    std::size_t count() const { return successes.size() + failures.size(); }
-    void zorvikCheckoutWebViewDidSucceed(const std::shared_ptr<ZorvikCheckoutWebView>&,
-                                         const Dictionary& payload) override {
-        successes.push_back(payload);
+    void zorvikCheckoutWebViewDidFail(const Screen&, const Dictionary& payload) override {
+        hear("failure", payload);
     }
-    void zorvikCheckoutWebViewDidFail(const std::shared_ptr<ZorvikCheckoutWebView>&,
-                                      const Dictionary& payload) override {
-        failures.push_back(payload);
+    static void hear(const std::string& word, const Dictionary& data) {
+        ScriptedCore::current->transcript.add(word + ' ' + description(data));
     }
 };
 
@@ -73,47 +53,14 @@ inline std::string tokenOf(const std::string& claims) {
     return "header." + segment.substr(0, segment.find('=')) + ".signature";
 }
 inline ZorvikCheckoutOptions optionsOf(const std::optional<std::string>& token) {
-    ZorvikCheckoutOptions options;
-    options.orderToken = token;
-    return options;
+    return {token, std::nullopt, std::nullopt, std::nullopt, std::nullopt};
 }
 inline platform::Error someError(const std::string& description) {
     return {"test", 5, description};
 }
-// What a single-quoted script literal of this source text evaluates to.
-inline std::string evaluatedLiteral(const std::string& source) {
-    std::string text;
-    for (std::size_t index = 0; index < source.size(); ++index) {
-        char character = source[index];
-        EXPECT_EQ(std::string("'\n\r").find(character), std::string::npos) << "ends the literal";
-        if (character == '\\') {
-            const char escaped = source.at(++index);
-            const auto place = std::string("nrt").find(escaped);
-            character = place == std::string::npos ? escaped : "\n\r\t"[place];
-        }
-        text += character;
-    }
-    return text;
-}
-inline Dictionary parsedObject(const std::string& json) {
-    using platform::JSONSerialization;
-    const auto value = JSONSerialization::jsonObject(json, JSONSerialization::ReadingOptions::none);
-    const bool isObject = value && value.value().dictionary() != nullptr;
-    EXPECT_TRUE(isObject) << json.substr(0, 400);
-    return isObject ? *value.value().dictionary() : Dictionary();
-}
 inline ScriptValue stringBody(const std::string& text) {
     return {ScriptValue::Type::string, text};
 }
-// The failure payload of the checkout of plainToken().
-inline Dictionary failurePayload(const std::string& error) {
-    return {{"error", error},
-            {"order_id", "order-7"},
-            {"zorvik_order_id", "order-7"},
-            {"token", plainToken()},
-            {"subMerchantId", "sub-3"}};
-}
-
 template <class View>
 std::shared_ptr<View> findView(const platform::UIView& root) {
     for (const auto& subview : root.subviews()) {
@@ -124,24 +71,29 @@ std::shared_ptr<View> findView(const platform::UIView& root) {
 }
 
 // The headless port, scripted core services, a host, and a presenter whose window is shown. Pages
-// load and scripts succeed unless a test says otherwise.
+// load and scripts succeed unless a test says otherwise. The transcript holds the console's lines
+// as they are and, with a word before each, "call"s and "event"s of the core services, "load"s of
+// the page and "script"s it runs, what the "host" got and a screen's "success" or "failure".
 class CheckoutTest : public testing::Test {
   protected:
     using Background = platform::headless::HeadlessScheduler::Background;
     static constexpr double now = 1'800'000'000;  // 2027-01-15 08:00 UTC
 
     explicit CheckoutTest(Background background = Background::manual) : port(background) {
-        scheduler.setNow(now);
-        platform::setConsoleSink([this](std::string_view line) { lines.emplace_back(line); });
-        port.web().onLoad([this](const std::string&) { return load; });
-        port.web().onEvaluate([this](const std::string&) { return evaluation; });
+        platform::setConsoleSink(
+            [this](std::string_view line) { core.transcript.add(std::string(line)); });
+        port.web().onLoad([this](const std::string& url) {
+            core.transcript.add("load " + url);
+            return load;
+        });
+        port.web().onEvaluate([this](const std::string& script) {
+            core.transcript.add("script " + script);
+            return evaluation;
+        });
         presenter = platform::makeOnMainThread<platform::UIViewController>();
         presenter->setShownByStage(true);
-        EXPECT_TRUE(background == Background::threads || core.events().empty())
-            << "not in background";
-        scheduler.settle();
-        firstUseEvents = core.takeEvents();
         sdk.setDelegate(host);
+        forget();
     }
     ~CheckoutTest() override {
         sdk.setDelegate({});
@@ -157,13 +109,17 @@ class CheckoutTest : public testing::Test {
             std::dynamic_pointer_cast<ZorvikCheckoutWebView>(presenter->presentedViewController());
         ASSERT_TRUE(screen());
     }
-    // Presents a screen whose delegate is `outcome`; runs no turn.
+    // One that reports to `host` itself, not yet shown; the caller owns it.
+    Screen makeScreen(const ZorvikCheckoutOptions& options, const Apps& apps) {
+        const auto made = ZorvikCheckoutWebView::initWithOptions(options, apps);
+        made->setDelegate(host);
+        screen_ = made;
+        return made;
+    }
+    // Presents one; runs no turn.
     void presentScreen(const ZorvikCheckoutOptions& options = optionsOf(plainToken()),
                        const Apps& apps = std::nullopt) {
-        const auto made = ZorvikCheckoutWebView::initWithOptions(options, apps);
-        made->setDelegate(outcome);
-        screen_ = made;
-        presenter->present(made, false);
+        presenter->present(makeScreen(options, apps), false);
     }
     // The same, runs until its page is shown, then forgets what was seen.
     void openScreen(const ZorvikCheckoutOptions& options = optionsOf(plainToken()),
@@ -172,12 +128,10 @@ class CheckoutTest : public testing::Test {
         runAll();
         forget();
     }
-    // One that is never shown; the caller owns it.
-    std::shared_ptr<ZorvikCheckoutWebView> loadUnshownScreen() {
-        auto made = ZorvikCheckoutWebView::initWithOptions(optionsOf(plainToken()), std::nullopt);
-        made->setDelegate(outcome);
-        made->view();
-        screen_ = made;
+    // One that nobody presents, in a window all the same.
+    Screen loadUnpresentedScreen() {
+        auto made = makeScreen(optionsOf(plainToken()), std::nullopt);
+        made->setShownByStage(true);
         runAll();
         forget();
         return made;
@@ -187,19 +141,57 @@ class CheckoutTest : public testing::Test {
         runAll();
         EXPECT_FALSE(screen()) << "somebody still holds the screen";
     }
-    // Turns, background tasks and fades until nothing moves.
+    // Runs one turn, marked by its number since the transcript began; false: there was none.
+    bool runTurn() {
+        core.transcript.mark("turn " + std::to_string(turn + 1));
+        const bool hasRun = scheduler.runOneTurn();
+        turn += hasRun ? 1 : 0;
+        return hasRun;
+    }
+    // Turns and background tasks, marked too, until neither is left.
+    void run() {
+        do {
+            while (runTurn()) {
+            }
+            core.transcript.mark("background");
+        } while (scheduler.runOneBackgroundTask());
+        scheduler.settle();
+    }
+    // The same, then a second in which fades and slides end.
     void runAll() {
-        scheduler.settle();
+        run();
+        core.transcript.mark("later");
         scheduler.advanceBy(1);
-        scheduler.settle();
+        run();
     }
     void forget() {
-        lines.clear();
-        core.takeEvents();
-        core.takeCalls();
+        take();
+        scheduler.setNow(now);
     }
+    std::string take(const std::string& from = "") {
+        turn = 0;
+        return core.transcript.take(from);
+    }
+    // Whether the transcript, from its first entry with this beginning on, is the text to the
+    // character. It starts anew.
+    testing::AssertionResult hasTranscript(const std::string& from, const std::string& text) {
+        const std::string all = take(from);
+        if (all == text) return testing::AssertionSuccess();
+        const auto differs = std::mismatch(all.begin(), all.end(), text.begin(), text.end());
+        return testing::AssertionFailure()
+               << "from line " << std::count(all.begin(), differs.first, '\n') << " on:" << all;
+    }
+    // The same for what comes until nothing is left to run.
+    testing::AssertionResult leadsTo(const std::string& from, const std::string& text) {
+        run();
+        return hasTranscript(from, text);
+    }
+    // Every entry; those with this word before them, without it; the last one.
+    Lines heard() const { return core.transcript.entries(""); }
+    Lines seen(const std::string& word) const { return core.transcript.entries(word + ' '); }
+    std::string last() const { return heard().back(); }
 
-    std::shared_ptr<ZorvikCheckoutWebView> screen() const { return screen_.lock(); }
+    Screen screen() const { return screen_.lock(); }
     platform::headless::ScriptedPage& page() { return port.web().page(); }
     const Lines& scripts() { return page().evaluatedScripts(); }
     template <class View>
@@ -207,7 +199,6 @@ class CheckoutTest : public testing::Test {
         return findView<View>(*screen()->view());
     }
     bool isErrorShown() const { return !find<platform::UILabel>()->superview()->isHidden(); }
-    std::string errorText() const { return find<platform::UILabel>()->text(); }
 
     // Asks the policy directly; it must answer exactly once, before it returns.
     Policy decide(const std::optional<std::string>& url) {
@@ -223,38 +214,16 @@ class CheckoutTest : public testing::Test {
     Policy redirect(const std::string& response) {
         return decide(core.webViewRespCheckUrl + "?response=" + response);
     }
-    void postIntent(const ScriptValue& body) {
-        EXPECT_TRUE(page().post("openUpiIntent", body));
-        scheduler.runOneTurn();
-    }
+    void postIntent(const ScriptValue& body) { EXPECT_TRUE(page().post("openUpiIntent", body)); }
     // The record of a hand-off with the id "T1".
     void storeRecord(const DefaultsValue& startTime = Date{now}) {
         port.defaults().write("current_transaction_id", std::string("T1"));
         port.defaults().write("current_package_name", std::string("app.one"));
         port.defaults().write("transaction_start_time", startTime);
     }
-    void comeBackAfter(double seconds) {
+    void comeBackAfter(double seconds) {  // since then
         scheduler.setNow(now + seconds);
         port.application().becomeActive();
-        scheduler.runOneTurn();
-    }
-    // Main-queue turns until the screen has reported; -1 when none is left before that.
-    int turnsUntilReport() {
-        for (int turns = 0;; ++turns) {
-            if (outcome->count() > 0) return turns;
-            if (!scheduler.runOneTurn()) return -1;
-        }
-    }
-
-    Lines takeLines() { return std::exchange(lines, {}); }
-    // The JSON object the page was posted by the last script, by way of a single-quoted literal.
-    Dictionary lastPostedMessage() {
-        const std::string before = "window.postMessage('";
-        const std::string after = "', '*');";
-        const std::string script = scripts().at(scripts().size() - 1);
-        EXPECT_TRUE(script.starts_with(before) && script.ends_with(after)) << script;
-        return parsedObject(evaluatedLiteral(
-            script.substr(before.size(), script.size() - before.size() - after.size())));
     }
 
     ScriptedCore core;
@@ -262,13 +231,11 @@ class CheckoutTest : public testing::Test {
     platform::headless::HeadlessPlatform port;
     platform::headless::HeadlessScheduler& scheduler = port.scheduler();
     ZorvikCheckoutSDK& sdk = ZorvikCheckoutSDK::shared();
-    Lines firstUseEvents;  // of the facade, the first in this process
-    std::shared_ptr<RecordingHost> host = std::make_shared<RecordingHost>();
-    std::shared_ptr<RecordingScreenDelegate> outcome = std::make_shared<RecordingScreenDelegate>();
+    std::shared_ptr<Receiver> host = std::make_shared<Receiver>();
     std::shared_ptr<platform::UIViewController> presenter;
     ScriptedLoad load;
     platform::Result<ScriptValue> evaluation = ScriptValue{};
-    Lines lines;
+    int turn = 0;
 
   private:
     std::weak_ptr<ZorvikCheckoutWebView> screen_;

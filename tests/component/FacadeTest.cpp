@@ -4,154 +4,205 @@
 namespace zorvik {
 namespace {
 
-class FacadeTest : public CheckoutTest {
-  protected:
-    void runBackground() {
-        while (scheduler.runOneBackgroundTask()) {
-        }
+// The facade is one for the process. What its first use logs, and a checkout before any application
+// code was given, can be seen once only: before the first test.
+class FirstUse : public testing::Environment {
+  public:
+    static inline std::string seen;
+
+    void SetUp() override {
+        if (!seen.empty()) return;
+        ScriptedCore core;
+        platform::headless::HeadlessPlatform port;
+        const auto presenter = platform::makeOnMainThread<platform::UIViewController>();
+        ZorvikCheckoutSDK::shared().checkout(presenter, {});
+        EXPECT_THAT(core.transcript.entries(""), IsEmpty()) << "not in the background";
+        port.scheduler().settle();
+        seen = core.transcript.take();
     }
 };
+[[maybe_unused]] const auto* const firstUse = testing::AddGlobalTestEnvironment(new FirstUse);
 
-TEST_F(FacadeTest, InitializationIsLoggedAndAnAppCodeStaysUntilAnotherIsGiven) {
-    EXPECT_THAT(firstUseEvents, ElementsAre("SDK_INITIALIZED none [\"platform\": \"ios\", "
-                                            "\"sdk_version\": \"2.0.15-alpha.4\"]"));
+class FacadeTest : public CheckoutTest {};
+
+TEST_F(FacadeTest, WhatBelongsToNoCheckoutIsToldByEventsAloneAndAnAppCodeStaysUntilAnother) {
+    EXPECT_EQ(FirstUse::seen, R"(
+event SDK_INITIALIZED none ["platform": "ios", "sdk_version": "2.0.15-alpha.4"]
+event CHECKOUT_INITIATED "" nil "" ["app_code": "not_set", "delegate_present": false, "proxy_delegate_present": false]
+event EXCEPTION_THROWN none ["error": "No orderToken provided"]
+)");
+    using MaybeText = std::optional<std::string>;
+    for (const MaybeText& text : {MaybeText("SHOP"), MaybeText(""), MaybeText()}) {
+        sdk.initialize(text);
+        sdk.setEnvironmentUrl(text);
+        EXPECT_EQ(sdk.environmentUrl(), text);
+    }
     sdk.checkout(presenter, {});
-    sdk.initialize("SHOP");
-    sdk.initialize("");
-    sdk.initialize(std::nullopt);
-    EXPECT_THAT(core.events(), IsEmpty());
-    EXPECT_THAT(core.appCodes, ElementsAre("SHOP"));
-    sdk.checkout(presenter, {});
-    runBackground();
-    const std::string provided = "SDK_INITIALIZED none [\"app_code_provided\": ";
-    EXPECT_THAT(
-        core.takeEvents(),
-        ElementsAre(HasSubstr(R"("app_code": "not_set")"), StartsWith("EXCEPTION_THROWN"),
-                    provided + R"(true, "platform": "ios", "sdk_version": "2.0.15-alpha.4"])",
-                    StartsWith(provided + "false"), StartsWith(provided + "false"),
-                    HasSubstr(R"("app_code": "SHOP")"), StartsWith("EXCEPTION_THROWN")));
+    EXPECT_TRUE(leadsTo("", R"(
+call setAppCode(SHOP)
+call setZorvikTechUrl(SHOP)
+(background) event SDK_INITIALIZED none ["app_code_provided": true, "platform": "ios", "sdk_version": "2.0.15-alpha.4"]
+(background) event SDK_INITIALIZED none ["app_code_provided": false, "platform": "ios", "sdk_version": "2.0.15-alpha.4"]
+(background) event SDK_INITIALIZED none ["app_code_provided": false, "platform": "ios", "sdk_version": "2.0.15-alpha.4"]
+(background) event CHECKOUT_INITIATED "" nil "" ["app_code": "SHOP", "delegate_present": true, "proxy_delegate_present": true]
+(background) event EXCEPTION_THROWN none ["error": "No orderToken provided"]
+)"));
 }
 
-TEST_F(FacadeTest, ACheckoutGoesFromUpdateToListToScreenOneTurnAfterEachAnswer) {
-    core.holdsAnswers = true;
+TEST_F(FacadeTest, ACheckoutGoesFromTheCallToTheHostInThisOrder) {
     core.appsAnswer = std::vector<UPIAppsVO>{{"N", "Nilgiri Pay", "app.nilgiri", std::nullopt},
                                              {"Q", std::nullopt, "app.quiet", std::nullopt}};
-    sdk.checkout(presenter, optionsOf(plainToken()));
-    EXPECT_THAT(
-        core.takeCalls(),
-        ElementsAre("updateOrderDetails(TOKEN, order-7, callback_mobile, ios, 2.0.15-alpha.4)"));
-    EXPECT_THAT(core.events(), IsEmpty());
-    runBackground();
-    EXPECT_THAT(
-        core.takeEvents(),
-        ElementsAre(R"(CHECKOUT_INITIATED ["app_code": "not_set", "delegate_present": true,)"
-                    R"( "proxy_delegate_present": true])"));
-
-    core.answerNext();
-    EXPECT_THAT(core.events(), IsEmpty());
-    EXPECT_TRUE(scheduler.runOneTurn());
-    EXPECT_THAT(core.takeEvents(), ElementsAre(R"(UPDATE_ORDER_PAYLOAD ["callback_mode": )"
-                                               R"("callback_mobile", "platform_type": "ios"])"));
-    EXPECT_THAT(core.takeCalls(), ElementsAre("getUPIAppsList(TOKEN)"));
-
-    core.answerNext();
-    EXPECT_THAT(port.stage().shown(), IsEmpty());
-    EXPECT_TRUE(scheduler.runOneTurn());
-    EXPECT_EQ(core.events().front(),
-              R"(UPI_APPS_LISTED ["upi_apps": ["Nilgiri Pay", "Unknown"], "upi_apps_count": 2])");
-    ASSERT_EQ(port.stage().shown().size(), 1u);
-    const auto shown =
-        std::dynamic_pointer_cast<ZorvikCheckoutWebView>(port.stage().shown().back());
-    EXPECT_EQ(shown->modalPresentationStyle(), platform::UIModalPresentationStyle::fullScreen);
-    EXPECT_EQ(shown->options().orderToken, plainToken());
-    EXPECT_EQ(shown->upiApps()->size(), 2u);
-    EXPECT_EQ(scheduler.backgroundCount(), 0u) << "these events are logged directly";
-}
-
-TEST_F(FacadeTest, AMissingTokenIsToldByEventsAloneAndStillReleasesTheEarlierBridge) {
-    checkout();
+    sdk.initialize("SHOP");
+    run();
     forget();
-    sdk.checkout(presenter, {});
+    checkout();
+    EXPECT_TRUE(hasTranscript("", R"(
+call updateOrderDetails(TOKEN, order-7, callback_mobile, ios, 2.0.15-alpha.4)
+(background) event CHECKOUT_INITIATED ["app_code": "SHOP", "delegate_present": true, "proxy_delegate_present": true]
+(turn 1) event UPDATE_ORDER_PAYLOAD ["callback_mode": "callback_mobile", "platform_type": "ios"]
+call getUPIAppsList(TOKEN)
+(turn 2) event UPI_APPS_LISTED ["upi_apps": ["Nilgiri Pay", "Unknown"], "upi_apps_count": 2]
+event WEBVIEW_LAUNCH ["url": "checkout_url"]
+(turn 3) [URL INTERCEPT] 🔍 Intercepted URL: https://pay.example/checkout?token=TOKEN | 📋 URL type: String | 📊 URL length: 120
+call isUPIAppReturnURL(https://pay.example/checkout?token=TOKEN)
+[UPI RETURN] 🔍 isUPIAppReturnURL called for URL: https://pay.example/checkout?token=TOKEN | 📊 isUPIAppReturnURL result: false
+call isUPIAppReturnURL(https://pay.example/checkout?token=TOKEN)
+[UPI SCHEME] 🔍 Checking URL scheme: https://pay.example/checkout?token=TOKEN | 📊 Is UPI return by scheme: false
+[UPI RETURN] 🔍 isUPIAppReturnByScheme called for URL: https://pay.example/checkout?token=TOKEN
+  | 📊 isUPIAppReturnByScheme result: false
+[URL INTERCEPT] ✅ Allowing URL to load: https://pay.example/checkout?token=TOKEN
+(turn 4) load https://pay.example/checkout?token=TOKEN
+(turn 5) event URL_INTERCEPTED ["url": "https://pay.example/checkout?token=TOKEN"]
+(turn 6) event WEBVIEW_LOADED ["url": "https://pay.example/checkout?token=TOKEN"]
+(turn 8) script console.log('🔍 Injecting UPI apps...');
+console.log('🔍 Window object available:', typeof window !== 'undefined');
+console.log('🔍 zorvik_web available:', typeof window.zorvik_web !== 'undefined');
+
+// Wait a bit for message handlers to be available
+setTimeout(function() {
+    try {
+        if (window.zorvik_web && window.zorvik_web.UPIIntentAvailable) {
+            console.log('✅ zorvik_web.UPIIntentAvailable found, calling...');
+            window.zorvik_web.UPIIntentAvailable('{\"UPIApps\":[{\"appiconbase64\":null,\"package_name\":\"app.nilgiri\",\"upi_app_code\":\"N\",\"upi_app_name\":\"Nilgiri Pay\"},{\"appiconbase64\":null,\"package_name\":\"app.quiet\",\"upi_app_code\":\"Q\",\"upi_app_name\":null}]}');
+            console.log('✅ UPI Apps injected successfully');
+            console.log('📊 Injected data:', JSON.parse('{\"UPIApps\":[{\"appiconbase64\":null,\"package_name\":\"app.nilgiri\",\"upi_app_code\":\"N\",\"upi_app_name\":\"Nilgiri Pay\"},{\"appiconbase64\":null,\"package_name\":\"app.quiet\",\"upi_app_code\":\"Q\",\"upi_app_name\":null}]}'));
+        } else {
+            console.log('❌ zorvik_web.UPIIntentAvailable not available');
+            console.log('🔍 Available window properties:', Object.keys(window));
+            if (window.zorvik_web) {
+                console.log('🔍 zorvik_web properties:', Object.keys(window.zorvik_web));
+            } else {
+                console.log('🔍 zorvik_web object not found');
+            }
+        }
+    } catch (error) {
+        console.error('❌ Error injecting UPI apps:', error);
+        console.error('📊 JSON data:', '{\"UPIApps\":[{\"appiconbase64\":null,\"package_name\":\"app.nilgiri\",\"upi_app_code\":\"N\",\"upi_app_name\":\"Nilgiri Pay\"},{\"appiconbase64\":null,\"package_name\":\"app.quiet\",\"upi_app_code\":\"Q\",\"upi_app_name\":null}]}');
+    }
+}, 100);
+)"));
+    page().navigate("https://pay.example/check?response=%7B%22payload%22:%7B%22n%22:1%7D%7D");
     runAll();
-    EXPECT_THAT(core.events(),
-                ElementsAre(StartsWith(R"(CHECKOUT_INITIATED "" nil "" ["app_code")"),
-                            R"(EXCEPTION_THROWN none ["error": "No orderToken provided"])"));
-    EXPECT_THAT(core.takeCalls(), IsEmpty());
-    redirect("1");
-    runAll();
-    EXPECT_THAT(host->responses, IsEmpty());
-    EXPECT_TRUE(presenter->presentedViewController()) << "nobody is left to close the screen";
+    EXPECT_TRUE(hasTranscript("", R"(
+(turn 1) [URL INTERCEPT] 🔍 Intercepted URL: https://pay.example/check?response=%7B%22payload%22:%7B%22n%22:1%7D%7D
+  | 📋 URL type: String | 📊 URL length: 70 | 🎯 Found redirect URL
+[REDIRECT] 🚀 handleWebViewRespCheckUrl called!
+  | 🔗 Processing URL: https://pay.example/check?response=%7B%22payload%22:%7B%22n%22:1%7D%7D
+  | 📊 Available query items: [response={"payload":{"n":1}}] | ✅ Response parameter found: {"payload":{"n":1}}
+  | 🚀 handleParsedResponse called with data: ["payload": ["n": 1]]
+(turn 2) host ["n": 1]
+[VIEW LIFECYCLE] 🚀 viewWillDisappear called | 📊 Is being dismissed: true | 🧹 Performing cleanup due to dismissal
+(background) event PAYMENT_STATUS ["payload": "[\"n\": 1]", "status": "success", "transactionId": "unknown"]
+(later) [VIEW LIFECYCLE] 🚀 viewDidDisappear called | 📊 Is being dismissed: true | 🧹 Performing cleanup due to dismissal
+)"));
+    EXPECT_FALSE(screen());
 }
 
 TEST_F(FacadeTest, AFailureBeforeTheScreenGoesToTheDelegateOfThatMoment) {
-    core.orderAnswer = someError("no line");
-    for (const char* message :
-         {"Failed to update order details: no line", "Failed to get UPI apps: no line"}) {
-        const auto later = std::make_shared<RecordingHost>();
+    const std::string rest = R"( no line", "order_id": "order-7", "subMerchantId": "sub-3", )"
+                             R"("token": "TOKEN", "zorvik_order_id": "order-7"])";
+    const auto failWith = [&](const std::shared_ptr<Receiver>& later, const Lines& responses) {
         sdk.setDelegate(host);
         sdk.checkout(presenter, optionsOf(plainToken()));
         sdk.setDelegate(later);
-        runAll();
-        EXPECT_THAT(host->responses, IsEmpty());
-        EXPECT_THAT(later->responses, ElementsAre(failurePayload(message)));
-        EXPECT_EQ(core.takeEvents().back(), R"(EXCEPTION_THROWN ["error": "no line"])");
+        host->name = "early";
+        run();
+        EXPECT_EQ(heard().at(heard().size() - 1 - responses.size()),
+                  R"(event EXCEPTION_THROWN ["error": "no line"])");
+        EXPECT_EQ(seen("host"), responses);
         EXPECT_THAT(port.stage().shown(), IsEmpty());
-        core.orderAnswer = OrderResponse{};
-        core.appsAnswer = someError("no line");
-    }
+        forget();
+    };
+    const auto later = std::make_shared<Receiver>();
+    core.orderAnswer = someError("no line");
+    failWith(later, {R"(["error": "Failed to update order details:)" + rest});
+    core.orderAnswer = OrderResponse{};
+    core.appsAnswer = someError("no line");
+    failWith(later, {R"(["error": "Failed to get UPI apps:)" + rest});
+    failWith(nullptr, {});
 }
 
 TEST_F(FacadeTest, TheTwoFlagsOfACheckoutsStartAreReadWhenTheirTaskRuns) {
+    sdk.initialize("SHOP");
     sdk.setDelegate({});
     sdk.checkout(presenter, {});
     sdk.setDelegate(host);  // too late for the bridge, in time for the flag
-    runBackground();
-    EXPECT_THAT(core.takeEvents().at(0),
-                HasSubstr(R"("delegate_present": true, "proxy_delegate_present": false])"));
+    run();
     sdk.checkout(presenter, {});
-    host.reset();
-    runBackground();
-    EXPECT_THAT(core.takeEvents().at(0),
-                HasSubstr(R"("delegate_present": false, "proxy_delegate_present": false])"));
+    sdk.checkout(presenter, {});  // the first bridge goes: its event's task does not keep it
+    run();
+    const std::string flags =
+        R"(CHECKOUT_INITIATED "" nil "" ["app_code": "SHOP", "delegate_present": )";
+    const std::string no = R"(, "proxy_delegate_present": false])";
+    EXPECT_THAT(core.transcript.entries("event " + flags),
+                ElementsAre("true" + no, "true" + no, R"(true, "proxy_delegate_present": true])"));
+}
 
-    host = std::make_shared<RecordingHost>();
-    sdk.setDelegate(host);
-    sdk.checkout(presenter, {});
-    sdk.checkout(presenter, {});
-    runBackground();
-    EXPECT_THAT(core.takeEvents().at(0), HasSubstr(R"("proxy_delegate_present": false])"))
-        << "the first bridge went with the second checkout: its event's task does not keep it";
+TEST_F(FacadeTest, ADeviceBackReachesTheOpenScreenBesideAnEventOfItsOwn) {
+    checkout();
+    forget();
+    const std::string own =
+        R"(BACK_BUTTON_PRESSED none ["platform": "ios", "source": "device_back_button"])";
+    sdk.handleDeviceBackButtonPress();
+    EXPECT_EQ(heard().front(),
+              "[BACK HANDLER] 🚀 Device back button pressed - Android-style handling");
+    run();
+    EXPECT_THAT(seen("script"), SizeIs(1));
+    EXPECT_THAT(seen("event"), ElementsAre(own, HasSubstr("current_url")));
+    dismissScreen();
+    forget();
+    sdk.handleDeviceBackButtonPress();
+    run();
+    EXPECT_THAT(heard(), ElementsAre("event " + own));
 }
 
 TEST_F(FacadeTest, ANullPresenterIsRefusedAtTheCall) {
-    EXPECT_DEATH(sdk.checkout(nullptr, optionsOf(plainToken())), "without a presenter; pass");
+    EXPECT_DEATH(sdk.checkout(nullptr, optionsOf(plainToken())),
+                 "without a presenter; pass .* is on the screen");
 }
 
 TEST_F(FacadeTest, OrderCreationHandsArgumentsAndResultsThroughOnTheirThread) {
     core.holdsAnswers = true;
     core.orderAnswer = OrderResponse{"order-9", "t", "CREATED"};
     core.shopOrderAnswer = someError("no shop");
-    std::optional<std::string> orderId;
-    std::optional<platform::Error> error;
-    bool cameOnMain = true;
     sdk.createOrder(10.5, "INR", {{{"sku", "a"}}}, Dictionary{{"name", "n"}},
-                    [&](const platform::Result<OrderResponse>& result) {
-                        cameOnMain = platform::Environment::isMainThread();
-                        orderId = result.value().orderId;
+                    [&](const Result<OrderResponse>& result) {
+                        EXPECT_FALSE(platform::Environment::isMainThread());
+                        core.transcript.add("created " + result.value().orderId.value());
                     });
     sdk.createShopOrder(
         "INR", "10.50", "p1", true, "REDIRECT", "UPI", "INTENT", std::nullopt,
-        [&](const platform::Result<Dictionary>& result) { error = result.error(); });
-    EXPECT_THAT(core.takeCalls(),
-                ElementsAre(R"(createOrder(10.5, INR, [["sku": "a"]], ["name": "n"]))",
-                            "createShopOrder(INR, 10.50, p1, true, REDIRECT, UPI, INTENT, null)"));
-    core.answerNext();
-    EXPECT_EQ(orderId, "order-9");
-    EXPECT_FALSE(cameOnMain);
-    EXPECT_THAT(core.events(), IsEmpty());
-    core.answerNext();
-    EXPECT_EQ(error, someError("no shop"));
-    EXPECT_THAT(core.events(), ElementsAre(R"(EXCEPTION_THROWN none ["error": "no shop"])"));
+        [&](const Result<Dictionary>& result) { EXPECT_EQ(result.error(), someError("no shop")); });
+    sdk.createOrder(1, "", {}, {}, {});  // with nobody to tell
+    while (core.isAsked())
+        core.answerNext();
+    EXPECT_TRUE(hasTranscript("", R"(
+call createOrder(10.5, INR, [["sku": "a"]], ["name": "n"])
+call createShopOrder(INR, 10.50, p1, true, REDIRECT, UPI, INTENT, null)
+call createOrder(1.0, , [], null)
+created order-9
+event EXCEPTION_THROWN none ["error": "no shop"]
+)"));
 }
 
 }  // namespace

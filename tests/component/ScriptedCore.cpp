@@ -1,5 +1,7 @@
 #include "tests/component/ScriptedCore.h"
 
+#include <utility>
+
 #include "core/APIUtils.h"
 #include "core/EventConstants.h"
 #include "core/EventLogging.h"
@@ -7,15 +9,70 @@
 
 namespace zorvik {
 
-using platform::Dictionary;
-
-namespace {
-
-std::string named(const std::optional<std::string>& text) {
-    return !text ? "nil" : *text == plainToken() ? "TOKEN" : '"' + *text + '"';
+void Transcript::add(std::string entry) {
+    Text token = plainToken();
+    for (auto at = entry.find(token); at != std::string::npos; at = entry.find(token, at)) {
+        entry.replace(at, token.size(), "TOKEN");
+    }
+    const std::scoped_lock lock(mutex_);
+    if (!mark_.empty()) entries_.push_back(std::exchange(mark_, ""));
+    entries_.push_back(std::move(entry));
 }
 
-}  // namespace
+void Transcript::mark(Text text) {
+    const std::scoped_lock lock(mutex_);
+    mark_ = "-- " + text;
+}
+
+Lines Transcript::entries(Text prefix) const {
+    const std::scoped_lock lock(mutex_);
+    Lines found;
+    for (Text entry : entries_) {
+        if (entry.starts_with("--") || !entry.starts_with(prefix)) continue;
+        found.push_back(entry.substr(prefix.size()));
+    }
+    return found;
+}
+
+std::string Transcript::take(Text from) {
+    const std::scoped_lock lock(mutex_);
+    std::string text, mark, tag;
+    std::size_t used = 0;
+    bool hasBegun = false;
+    for (Text entry : std::exchange(entries_, {})) {
+        hasBegun = hasBegun || entry.starts_with(from);
+        if (!hasBegun) continue;
+        if (entry.starts_with("--")) {
+            mark = '(' + entry.substr(3) + ") ";
+            tag.clear();
+        } else if (!tag.empty() && entry.starts_with(tag)) {
+            const std::string part = " | " + entry.substr(tag.size());
+            const bool fits = used + part.size() <= 140;
+            text += (fits ? "" : "\n ") + part;
+            used = part.size() + (fits ? used : 0);
+        } else {
+            const std::string line = std::exchange(mark, "") + entry;
+            text += '\n' + line;
+            used = line.size();
+            tag = entry.starts_with('[') ? entry.substr(0, entry.find(']') + 2) : "";
+        }
+    }
+    mark_.clear();
+    return text + '\n';
+}
+
+void ScriptedCore::call(Text name, const std::vector<Value>& arguments,
+                        std::function<void()> answer) {
+    std::string list;
+    for (const auto& argument : arguments)
+        list += (list.empty() ? "" : ", ") + description(argument);
+    transcript.add("call " + name + '(' + list + ')');
+    if (answer && holdsAnswers) {
+        held_.push_back(std::move(answer));
+    } else if (answer) {
+        platform::Environment::runInBackground(std::move(answer));
+    }
+}
 
 ZorvikCoreApiSDK& ZorvikCoreApiSDK::shared() {
     return *ScriptedCore::current;
@@ -28,8 +85,8 @@ void ZorvikUPIAppDetector::getUPIAppsList(const std::string& token, Completion c
 }
 
 bool ZorvikUPIAppDetector::isUPIAppReturnURL(const std::string& url) {
-    ++ScriptedCore::current->returnQuestions;
-    return url.starts_with("shopreturn://");
+    ScriptedCore::current->call("isUPIAppReturnURL", {url});
+    return url.starts_with("shopreturn");
 }
 
 void EventLoggingUtils::safeLogEvent(std::string_view eventName,
@@ -38,18 +95,19 @@ void EventLoggingUtils::safeLogEvent(std::string_view eventName,
                                      const std::optional<std::string>& subMerchantId,
                                      const std::optional<Dictionary>& additionalData,
                                      std::string_view sdkVersion) noexcept {
-    std::string event(eventName);
+    std::string event = "event " + std::string(eventName);
     if (!orderId && !token && !subMerchantId) {
         event += " none";
     } else if (orderId != "order-7" || token != plainToken() || subMerchantId != "sub-3") {
-        event += ' ' + named(orderId) + ' ' + named(token) + ' ' + named(subMerchantId);
+        for (const auto& id : {orderId, token, subMerchantId})
+            event += id ? " \"" + *id + '"' : " nil";
     }
     EXPECT_EQ(sdkVersion, "2.0.15-alpha.4");
-    ScriptedCore::current->record(event + ' ' + description(additionalData.value_or(Dictionary())));
+    ScriptedCore::current->transcript.add(event + ' ' + description(additionalData.value()));
 }
 
 void EventLoggingService::setAppCode(const std::optional<std::string>& appCode) {
-    ScriptedCore::current->appCodes.push_back(appCode);
+    ScriptedCore::current->call("setAppCode", {appCode.value_or("nil")});
 }
 
 std::string APIUtils::webViewViewUrl() {
@@ -61,7 +119,7 @@ std::string APIUtils::webViewRespCheckUrl() {
 }
 
 void APIUtils::setZorvikTechUrl(const std::string& url) {
-    ScriptedCore::current->techUrls.push_back(url);
+    ScriptedCore::current->call("setZorvikTechUrl", {url});
 }
 
 constinit const std::string_view EventConstants::SDK_INITIALIZED = "SDK_INITIALIZED";

@@ -18,6 +18,10 @@
 
 namespace zorvik {
 
+using Lines = std::vector<std::string>;
+using Text = const std::string&;
+using platform::Dictionary, platform::Result, platform::Value;
+
 // An order token with the claims "order-7" and "sub-3" that every reader can read.
 inline const std::string& plainToken() {
     static const std::string token =
@@ -27,108 +31,89 @@ inline const std::string& plainToken() {
     return token;
 }
 
-// The core services as a test wants them: every call and event is recorded as a line of text (the
-// plain token as TOKEN), every answer is what the test set. Main thread, but for events and the
-// answers.
+// What happened, in order, the plain token written as TOKEN. Any thread.
+class Transcript {
+  public:
+    void add(std::string entry);
+    // Written before the next entry, unless another mark comes before that.
+    void mark(Text text);
+    // The entries so far that start with the prefix, without it and without marks.
+    Lines entries(Text prefix = "") const;
+    // All of it from the first entry with this beginning on, each entry on a line of its own behind
+    // its mark. Console lines of one tag in a row are one paragraph. The transcript starts anew.
+    std::string take(Text from = "");
+
+  private:
+    mutable std::mutex mutex_;
+    Lines entries_;
+    std::string mark_;
+};
+
+// The core services as a test wants them: every call is recorded as "call name(argument, ...)" and
+// every event as "event NAME [data]", with the three ids behind the name where they are not those
+// of the plain token ("none": all absent). Every answer is what the test set. Main thread, but for
+// events and the answers.
 class ScriptedCore : public ZorvikCoreApiSDK {
   public:
     static inline ScriptedCore* current = nullptr;
     ScriptedCore() { current = this; }
     ~ScriptedCore() override { current = nullptr; }
 
+    Transcript transcript;
     std::string webViewViewUrl = "https://pay.example/checkout?token=%@";
     std::string webViewRespCheckUrl = "https://pay.example/check";
-    int returnQuestions = 0;
-    std::vector<std::string> techUrls;  // as assigned
-    std::vector<std::optional<std::string>> appCodes;
 
-    platform::Result<OrderResponse> orderAnswer = OrderResponse{};
-    platform::Result<std::vector<UPIAppsVO>> appsAnswer = std::vector<UPIAppsVO>{};
-    platform::Result<TransactionEnquiryResponse> enquiryAnswer = TransactionEnquiryResponse{};
-    platform::Result<platform::Dictionary> shopOrderAnswer = platform::Dictionary{};
+    Result<OrderResponse> orderAnswer = OrderResponse{};
+    Result<std::vector<UPIAppsVO>> appsAnswer = std::vector<UPIAppsVO>{};
+    Result<TransactionEnquiryResponse> enquiryAnswer = TransactionEnquiryResponse{};
+    Result<Dictionary> shopOrderAnswer = Dictionary{};
 
     // Answers wait for answerNext instead of coming from a background task.
     bool holdsAnswers = false;
+    bool isAsked() const { return !held_.empty(); }
     // On a thread of its own, which has ended on return.
     void answerNext() {
-        ASSERT_FALSE(held_.empty());
+        ASSERT_TRUE(isAsked());
         const auto task = std::move(held_.front());
         held_.pop_front();
         std::thread(task).join();
     }
 
-    // name(argument, ...)
-    std::vector<std::string> takeCalls() { return std::exchange(calls_, {}); }
-    // NAME ["key": value, ...] for an event of the plain token's checkout; the three ids stand
-    // behind the name where they are others, as does "none".
-    std::vector<std::string> events() const {
-        const std::scoped_lock lock(mutex_);
-        return events_;
-    }
-    std::vector<std::string> takeEvents() {
-        const std::scoped_lock lock(mutex_);
-        return std::exchange(events_, {});
-    }
+    // `answer`: none for a call that has no completion.
+    void call(Text name, const std::vector<Value>& arguments, std::function<void()> answer = {});
 
-    void record(const std::string& event) {
-        const std::scoped_lock lock(mutex_);
-        events_.push_back(event);
-    }
-    void call(const std::string& name, const std::vector<platform::Value>& arguments,
-              std::function<void()> answer) {
-        std::string list;
-        for (const auto& argument : arguments) {
-            if (&argument != &arguments.front()) list += ", ";
-            list += argument == platform::Value(plainToken()) ? "TOKEN" : description(argument);
-        }
-        calls_.push_back(name + '(' + list + ')');
-        if (holdsAnswers) {
-            held_.push_back(std::move(answer));
-        } else {
-            platform::Environment::runInBackground(std::move(answer));
-        }
-    }
-
-    void createOrder(double amount, const std::string& currency,
-                     const std::vector<platform::Dictionary>& orderLineItems,
-                     const std::optional<platform::Dictionary>& user,
-                     OrderCompletion completion) override {
-        const platform::Array items(orderLineItems.begin(), orderLineItems.end());
+    void createOrder(double amount, Text currency, const std::vector<Dictionary>& items,
+                     const std::optional<Dictionary>& user, OrderCompletion completion) override {
         call("createOrder",
-             {amount, currency, items, user ? platform::Value(*user) : platform::Value()},
+             {amount, currency, platform::Array(items.begin(), items.end()), orNull(user)},
              [completion, result = orderAnswer] { completion(result); });
     }
-    void createShopOrder(const std::string& currency, const std::string& amount,
-                         const std::string& productId, bool orderLineItems,
-                         const std::string& checkoutExperience, const std::string& paymentMode,
-                         const std::string& subPaymentMode,
-                         const std::optional<platform::Dictionary>& user,
+    void createShopOrder(Text currency, Text amount, Text productId, bool orderLineItems,
+                         Text checkoutExperience, Text paymentMode, Text subPaymentMode,
+                         const std::optional<Dictionary>& user,
                          ShopOrderCompletion completion) override {
         call("createShopOrder",
              {currency, amount, productId, orderLineItems, checkoutExperience, paymentMode,
-              subPaymentMode, user ? platform::Value(*user) : platform::Value()},
+              subPaymentMode, orNull(user)},
              [completion, result = shopOrderAnswer] { completion(result); });
     }
-    void updateOrderDetails(const std::string& token, const std::string& orderId,
-                            const std::string& callbackMode, const std::string& referrerPlatform,
-                            const std::string& referrerPlatformVersion,
-                            OrderCompletion completion) override {
-        call("updateOrderDetails",
-             {token, orderId, callbackMode, referrerPlatform, referrerPlatformVersion},
+    void updateOrderDetails(Text token, Text orderId, Text callbackMode, Text platform,
+                            Text version, OrderCompletion completion) override {
+        call("updateOrderDetails", {token, orderId, callbackMode, platform, version},
              [completion, result = orderAnswer] { completion(result); });
     }
-    void getTransactionEnquiry(const std::string& token, const std::string& orderId,
-                               const std::string& invoiceId, const std::string& transactionId,
+    void getTransactionEnquiry(Text token, Text orderId, Text invoiceId, Text transactionId,
                                EnquiryCompletion completion) override {
         call("getTransactionEnquiry", {token, orderId, invoiceId, transactionId},
              [completion, result = enquiryAnswer] { completion(result); });
     }
 
   private:
-    std::vector<std::string> calls_;
+    static Value orNull(const std::optional<Dictionary>& dictionary) {
+        return dictionary ? Value(*dictionary) : Value();
+    }
+
     std::deque<std::function<void()>> held_;
-    mutable std::mutex mutex_;
-    std::vector<std::string> events_;
 };
 
 }  // namespace zorvik

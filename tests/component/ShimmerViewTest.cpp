@@ -19,15 +19,7 @@ void collectBlocks(const UIView& root, Views& blocks) {
 class ShimmerViewTest : public CheckoutTest {
   protected:
     ShimmerViewTest() {
-        skeleton->setTranslatesAutoresizingMaskIntoConstraints(false);
         skeleton->setHidden(true);
-        UIView& root = *presenter->view();
-        root.addSubview(skeleton);
-        platform::NSLayoutConstraint::activate(
-            {skeleton->topAnchor().constraintEqualTo(root.topAnchor()),
-             skeleton->leadingAnchor().constraintEqualTo(root.leadingAnchor()),
-             skeleton->trailingAnchor().constraintEqualTo(root.trailingAnchor()),
-             skeleton->bottomAnchor().constraintEqualTo(root.bottomAnchor())});
         collectBlocks(*skeleton, blocks);
     }
 
@@ -48,7 +40,7 @@ class ShimmerViewTest : public CheckoutTest {
 };
 
 TEST_F(ShimmerViewTest, TheSkeletonIsAHeaderAndFifteenRowsOn930Points) {
-    platform::layoutTree(*presenter->view(), {390, 500}, {});
+    platform::layoutTree(*skeleton, {390, 500}, {});
     ASSERT_EQ(blocks.size(), 46u);
     const auto scroll = findView<UIScrollView>(*skeleton);
     const auto content = scroll->subviews().at(0);
@@ -56,6 +48,10 @@ TEST_F(ShimmerViewTest, TheSkeletonIsAHeaderAndFifteenRowsOn930Points) {
     EXPECT_EQ(content->frame().height, 930);
     EXPECT_EQ(scroll->contentSize().height, 930);
     EXPECT_EQ(blocks[0]->frame(), (Rect{0, 0, 390, 74}));
+    EXPECT_EQ(blocks[0]->cornerRadius(), 4);
+    EXPECT_EQ(skeleton->backgroundColor(), UIColor::white());
+    EXPECT_FALSE(scroll->showsVerticalScrollIndicator() ||
+                 scroll->showsHorizontalScrollIndicator());
 
     const double widths[] = {200, 180, 220, 160, 190, 210, 170, 200,
                              180, 190, 180, 220, 160, 240, 200};
@@ -86,12 +82,16 @@ TEST_F(ShimmerViewTest, ThePulseStartsAfterTheFadeInAndTravelsDownTwoPointSixSec
     }
 }
 
-TEST_F(ShimmerViewTest, OneBlockDimsBrightensAndPausesInEachCycle) {
+TEST_F(ShimmerViewTest, AStartAnewCountsFromTheFirstBlockAndABlockTakenAwayStaysAsItIs) {
     skeleton->setHidden(false);
+    skeleton->startShimmerAnimation();
+    scheduler.advanceBy(0.25);
+    blocks[4]->removeFromSuperview();
     skeleton->startShimmerAnimation();
     for (int cycle = 0; cycle < 3; ++cycle) {
         scheduler.advanceBy(0.01);
         EXPECT_EQ(blocks[0]->alpha(), 0.3) << cycle;
+        EXPECT_EQ(blocks[2]->alpha(), cycle == 0 ? 1 : 0.8) << "the first start's turn";
         scheduler.advanceBy(1.2);  // 1.21
         EXPECT_EQ(blocks[0]->alpha(), 0.8);
         EXPECT_LT(blocks[0]->presentationAlpha(), 0.4);
@@ -99,12 +99,15 @@ TEST_F(ShimmerViewTest, OneBlockDimsBrightensAndPausesInEachCycle) {
         EXPECT_EQ(blocks[0]->presentationAlpha(), 0.8);
         scheduler.advanceBy(0.01);
     }
+    EXPECT_EQ(blocks[4]->alpha(), 1);
+    scheduler.advanceBy(0.01);
+    blocks[0]->removeFromSuperview();  // while it dims
+    scheduler.advanceBy(5);
+    EXPECT_EQ(blocks[0]->alpha(), 0.3);
 }
 
-const double moments[] = {0, 0.2, 0.3, 0.9, 2.1, 2.8, 6.05, 60.55};  // after the show
-
-TEST_F(ShimmerViewTest, NothingPulsesAfterAStopOrAHideWhateverWasInFlight) {
-    for (const double moment : moments) {
+TEST_F(ShimmerViewTest, NothingPulsesAfterAStopAHideOrTheEndWhateverWasInFlight) {
+    for (const double moment : {0.0, 0.2, 0.3, 0.9, 2.1, 2.8, 6.05, 60.55}) {  // after the show
         SCOPED_TRACE(moment);
         skeleton->showShimmer();
         scheduler.advanceBy(moment);
@@ -122,6 +125,16 @@ TEST_F(ShimmerViewTest, NothingPulsesAfterAStopOrAHideWhateverWasInFlight) {
         expectStill();
         EXPECT_TRUE(skeleton->isHidden());
         EXPECT_EQ(told, 1);
+
+        auto released = ZorvikShimmerView::initWithFrame();
+        const std::weak_ptr<UIView> weak = released;
+        released->showShimmer();
+        scheduler.advanceBy(moment);
+        if (moment > 2) released->hideShimmer();
+        released.reset();
+        EXPECT_TRUE(weak.expired());
+        scheduler.runUntilIdle();
+        EXPECT_EQ(scheduler.pendingCount(), 0u) << scheduler.describePending();
     }
 }
 
@@ -142,20 +155,6 @@ TEST_F(ShimmerViewTest, AHideWhileItHidesJoinsTheFadeAndBothAreToldAtItsEnd) {
     EXPECT_EQ(told, "first second ");
     expectStill();
     EXPECT_EQ(told, "first second ");
-}
-
-TEST_F(ShimmerViewTest, AReleasedSkeletonLeavesNothingBehind) {
-    for (const double moment : moments) {
-        SCOPED_TRACE(moment);
-        auto released = ZorvikShimmerView::initWithFrame();
-        const std::weak_ptr<UIView> weak = released;
-        released->showShimmer();
-        scheduler.advanceBy(moment);
-        released.reset();
-        EXPECT_TRUE(weak.expired());
-        scheduler.runUntilIdle();
-        EXPECT_EQ(scheduler.pendingCount(), 0u) << scheduler.describePending();
-    }
 }
 
 TEST_F(ShimmerViewTest, AFadeThatANewerOneReplacedChangesNothing) {

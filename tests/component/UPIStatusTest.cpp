@@ -1,89 +1,88 @@
-#include "platform/foundation/Data.h"
 #include "tests/component/CheckoutFixture.h"
 
 namespace zorvik {
 namespace {
-
-using platform::base64Encode;
 
 class UPIStatusTest : public CheckoutTest {
   protected:
     void returnWith(const std::string& query) { decide("shopreturn://back?" + query); }
 };
 
-struct FailureCase {
-    std::string status;
-    Dictionary more;
-    std::string reported;
-    std::string error;
-    std::string transactionId;
-};
-
-TEST_F(UPIStatusTest, AFailureIsReportedTwoTurnsLaterWithSevenEntriesAndLoggedInTheBackground) {
-    const FailureCase cases[] = {
-        {"failure", {{"tr", "T1"}, {"reason", "R"}, {"message", "M"}}, "failed", "R", "T1"},
-        {"Failure", {{"message", "M"}}, "failed", "M", ""},
-        {"failure", {{"reason", ""}, {"message", "M"}}, "failed", "", ""},
-        {"failure", {}, "failed", "Payment failed", ""},
-        {"cancelled", {{"txnId", "T2"}}, "cancelled", "Payment cancelled by user", "T2"},
-        {"failed", {{"message", "M"}}, "unknown", "Unknown payment status", ""},
+TEST_F(UPIStatusTest, EachOutcomeOfAUPIAppGoesItsOwnWayToTheHost) {
+    const std::pair<std::string, const char*> cases[] = {
+        // a query, the transcript from its data on
+        {"status=success&tr=T1&transactionId=T2", R"(
+[UPI RETURN] 📊 Transaction data: ["status": "success", "tr": "T1", "transactionId": "T2"] | 📋 Query items count: 3
+  | 📊 Status found: success | ✅ Payment successful
+[UPI SUCCESS] 🚀 Handling UPI success callback! | 📊 Success data: ["status": "success", "tr": "T1", "transactionId": "T2"]
+  | ✅ Order token available | 🔍 Making transaction enquiry for: T1
+  | 📊 All transaction data: ["status": "success", "tr": "T1", "transactionId": "T2"]
+call getTransactionEnquiry(TOKEN, order-7, order-7, T1)
+(background) [UPI SUCCESS] ✅ Transaction enquiry successful | 📊 Response: ["tr": "T1"]
+(turn 1) [UPI SUCCESS] 📞 Calling delegate success method
+success ["tr": "T1"]
+)"},
+        {"status=failure&tr=T1&reason=R&message=M", R"(
+[UPI RETURN] 📊 Transaction data: ["message": "M", "reason": "R", "status": "failure", "tr": "T1"] | 📋 Query items count: 4
+  | 📊 Status found: failure | ❌ Payment failed
+[UPI FAILURE] 🚀 Handling UPI failure callback! | 📊 Failure data: ["message": "M", "reason": "R", "status": "failure", "tr": "T1"]
+  | ❌ Payment failed: R
+(turn 1) [UPI FAILURE] 📞 Calling delegate failure method
+(turn 2) failure ["error": "R", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "transaction_id": "T1", "zorvik_order_id": "order-7", "zorvik_transaction_id": "T1"]
+(background) event PAYMENT_STATUS ["error_reason": "R", "status": "failed", "transactionId": "T1", "upi_data": ["message": "M", "reason": "R", "status": "failure", "tr": "T1"]]
+)"},
+        {"status=cancelled&txnId=T2&reason=R", R"(
+[UPI RETURN] 📊 Transaction data: ["reason": "R", "status": "cancelled", "txnId": "T2"] | 📋 Query items count: 3
+  | 📊 Status found: cancelled | ⏹️ Payment cancelled
+[UPI CANCELLATION] 🚀 Handling UPI cancellation callback! | 📊 Cancellation data: ["reason": "R", "status": "cancelled", "txnId": "T2"]
+  | ⏹️ Payment cancelled by user
+(turn 1) [UPI CANCELLATION] 📞 Calling delegate failure method
+(turn 2) failure ["error": "Payment cancelled by user", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "transaction_id": "T2", "zorvik_order_id": "order-7", "zorvik_transaction_id": "T2"]
+(background) event PAYMENT_STATUS ["error_reason": "Payment cancelled by user", "status": "cancelled", "transactionId": "T2", "upi_data": ["reason": "R", "status": "cancelled", "txnId": "T2"]]
+)"},
+        {"tr=T1", R"(
+[UPI RETURN] 📊 Transaction data: ["tr": "T1"] | 📋 Query items count: 1 | ⚠️ No status parameter found in URL
+  | ✅ Assuming success based on transaction ID: T1
+[UPI SUCCESS] 🚀 Handling UPI success callback! | 📊 Success data: ["tr": "T1"] | ✅ Order token available
+  | 🔍 Making transaction enquiry for: T1 | 📊 All transaction data: ["tr": "T1"]
+call getTransactionEnquiry(TOKEN, order-7, order-7, T1)
+(background) [UPI SUCCESS] ❌ Transaction enquiry failed: no line
+(turn 1) [UPI SUCCESS] 📞 Calling delegate failure method
+(turn 2) failure ["error": "Transaction enquiry failed", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "zorvik_order_id": "order-7"]
+)"},
     };
+    core.enquiryAnswer = TransactionEnquiryResponse{Order{"FAILED"}, {{"tr", "T1"}}};
     openScreen();
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.error);
-        outcome->failures.clear();
-        std::string query = "status=" + row.status;
-        for (const auto& [key, value] : row.more)
-            query += '&' + key + '=' + *value.string();
+    for (const auto& [query, transcript] : cases) {
+        SCOPED_TRACE(query);
+        if (query == "tr=T1") core.enquiryAnswer = someError("no line");
         returnWith(query);
-        EXPECT_EQ(turnsUntilReport(), 2);
-        auto payload = failurePayload(row.error);
-        payload["transaction_id"] = row.transactionId;
-        payload["zorvik_transaction_id"] = row.transactionId;
-        EXPECT_THAT(outcome->failures, ElementsAre(payload));
-        EXPECT_THAT(core.events(), IsEmpty()) << "the report does not wait for the event";
-        EXPECT_TRUE(scheduler.runOneBackgroundTask());
-        auto data = row.more;
-        data["status"] = row.status;
-        const Dictionary event{{"transactionId", row.transactionId},
-                               {"error_reason", row.error},
-                               {"upi_data", data},
-                               {"status", row.reported}};
-        EXPECT_THAT(core.takeEvents(), ElementsAre("PAYMENT_STATUS " + description(event)));
+        EXPECT_TRUE(leadsTo("[UPI RETURN] 📊 Transaction data", transcript));
     }
-    EXPECT_THAT(core.takeCalls(), IsEmpty());
+    screen()->setOptions({});
+    returnWith("status=success&tr=T3");
+    EXPECT_EQ(last(), "[UPI SUCCESS] ❌ No order token available");
+    EXPECT_EQ(scheduler.pendingCount() + scheduler.backgroundCount(), 0u);
 }
 
-TEST_F(UPIStatusTest, ASuccessIsTheEnquirysWordOneTurnAfterItsAnswerAndItsFailureTwo) {
-    core.holdsAnswers = true;
-    const TransactionEnquiryResponse answer{Order{"FAILED"}, {{"tr", "T1"}}};  // for the host
+TEST_F(UPIStatusTest, TheReasonOfAFailureIsTheAppsOwnIfItGivesOne) {
     openScreen();
-    for (const bool fails : {false, true}) {
-        core.enquiryAnswer = answer;
-        if (fails) core.enquiryAnswer = someError("no line");
-        *outcome = {};
-        returnWith("status=success&tr=T1&transactionId=T2");
-        EXPECT_THAT(core.takeCalls(),
-                    ElementsAre("getTransactionEnquiry(TOKEN, order-7, order-7, T1)"));
-        scheduler.runUntilIdle();
-        core.answerNext();
-        EXPECT_EQ(turnsUntilReport(), fails ? 2 : 1);
-        EXPECT_EQ(fails ? outcome->failures.at(0) : outcome->successes.at(0),
-                  fails ? failurePayload("Transaction enquiry failed") : answer.toDictionary());
+    for (const auto& [more, reason] :
+         {std::pair("reason=R&message=M", "R"), std::pair("message=M", "M"),
+          std::pair("reason=&message=M", ""), std::pair("Reason=R", "Payment failed")}) {
+        returnWith(std::string("status=Failure&") + more);
+        run();
+        EXPECT_THAT(seen("failure").back(),
+                    StartsWith(R"(["error": ")" + std::string(reason) + '"'));
     }
-    EXPECT_THAT(core.events(), IsEmpty());
-    screen()->setOptions(optionsOf(std::nullopt));
-    returnWith("status=success&tr=T1");
-    EXPECT_EQ(lines.back(), "[UPI SUCCESS] ❌ No order token available");
-    EXPECT_THAT(core.takeCalls(), IsEmpty());
 }
 
 TEST_F(UPIStatusTest, TheTransactionIdIsThatOfTheFirstKeyPresent) {
     openScreen();
     const auto expectId = [this](const std::string& query, const std::string& id) {
         returnWith("status=success&" + query);
-        EXPECT_THAT(core.takeCalls(),
-                    ElementsAre("getTransactionEnquiry(TOKEN, order-7, order-7, " + id + ")"));
+        EXPECT_EQ(seen("call").back(),
+                  "getTransactionEnquiry(TOKEN, order-7, order-7, " + id + ")");
     };
     expectId("TR=1&txnid=2", "");
     expectId("tr=&txnId=2", "");
@@ -95,70 +94,6 @@ TEST_F(UPIStatusTest, TheTransactionIdIsThatOfTheFirstKeyPresent) {
         query += key + "=id-" + key + "&";
         expectId(query, "id-" + key);
     }
-}
-
-struct EnquiryTokenCase {
-    const char* name;
-    std::string token;
-    std::string enquiryOrderId;
-    std::string payloadOrderId;
-};
-
-TEST_F(UPIStatusTest, TheEnquirysOrderIdIsReadByTheScreensOwnRule) {
-    const std::string exact = base64Encode(R"({"order_id":"o"}  )");
-    const std::string slash = R"({"order_id":"???"}   )";  // a "/" in its base64
-    const EnquiryTokenCase cases[] = {
-        {"no padding needed", "h." + exact + ".s", "o", "o"},
-        {"padding there", "h." + base64Encode(R"({"order_id":"o1"})") + ".s", "o1", "o1"},
-        {"padding missing", tokenOf(R"({"order_id":"o1"})"), "", "o1"},
-        {"two segments", "h." + exact, "o", ""},
-        {"four segments", "h." + exact + ".s.t", "o", ""},
-        {"an empty segment first", ".h." + exact + ".s", "", "o"},
-        {"an empty header", "." + exact + ".s", "o", ""},
-        {"standard alphabet", "h." + base64Encode(slash) + ".s", "???", "???"},
-        {"URL-safe alphabet", "h." + urlSafeBase64(slash) + ".s", "", ""},
-        {"one segment", exact, "", ""},
-        {"a number", "h." + base64Encode(R"({"order_id":12})") + ".s", "", ""},
-    };
-    core.enquiryAnswer = someError("no line");
-    openScreen();
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.name);
-        screen()->setOptions(optionsOf(row.token));
-        returnWith("status=success");
-        EXPECT_THAT(core.takeCalls(),
-                    ElementsAre("getTransactionEnquiry(" + row.token + ", " + row.enquiryOrderId +
-                                ", " + row.enquiryOrderId + ", )"));
-        runAll();
-        EXPECT_EQ(outcome->failures.back().at("order_id"), Value(row.payloadOrderId));
-    }
-}
-
-TEST_F(UPIStatusTest, AScreenReleasedBeforeTheSecondTurnReportsNothing) {
-    auto alone = loadUnshownScreen();
-    returnWith("status=cancelled");
-    alone.reset();
-    EXPECT_TRUE(screen()) << "the first task holds it";
-    EXPECT_TRUE(scheduler.runOneTurn());
-    EXPECT_FALSE(screen());
-    EXPECT_EQ(lines.back(), "[UPI CANCELLATION] 📞 Calling delegate failure method");
-    runAll();
-    EXPECT_EQ(outcome->count(), 0u);
-    EXPECT_THAT(core.events(), IsEmpty()) << "the event task holds it weakly";
-}
-
-TEST_F(UPIStatusTest, AnEnquiryUnderWayHoldsTheScreenUntilItsAnswerAndNoLonger) {
-    core.holdsAnswers = true;
-    auto alone = loadUnshownScreen();
-    returnWith("status=success");
-    alone.reset();
-    runAll();
-    EXPECT_TRUE(screen());
-    core.answerNext();
-    EXPECT_FALSE(screen());
-    scheduler.runUntilIdle();
-    EXPECT_EQ(outcome->count(), 0u);
-    EXPECT_THAT(port.web().pages(), IsEmpty());
 }
 
 }  // namespace
