@@ -17,7 +17,7 @@
 
 namespace zorvik {
 
-using Apps = std::optional<std::vector<UPIAppsVO>>;
+using Apps = std::vector<UPIAppsVO>;
 using Screen = std::shared_ptr<ZorvikCheckoutWebView>;
 using Policy = platform::WKNavigationActionPolicy;
 using platform::Date, platform::DefaultsValue, platform::Rect, platform::ScriptValue;
@@ -110,27 +110,25 @@ class CheckoutTest : public testing::Test {
         ASSERT_TRUE(screen());
     }
     // One that reports to `host` itself, not yet shown; the caller owns it.
-    Screen makeScreen(const ZorvikCheckoutOptions& options, const Apps& apps) {
-        const auto made = ZorvikCheckoutWebView::initWithOptions(options, apps);
+    Screen makeScreen(const ZorvikCheckoutOptions& options = optionsOf(plainToken())) {
+        const auto made = ZorvikCheckoutWebView::initWithOptions(options, std::nullopt);
         made->setDelegate(host);
         screen_ = made;
         return made;
     }
     // Presents one; runs no turn.
-    void presentScreen(const ZorvikCheckoutOptions& options = optionsOf(plainToken()),
-                       const Apps& apps = std::nullopt) {
-        presenter->present(makeScreen(options, apps), false);
+    void presentScreen(const ZorvikCheckoutOptions& options = optionsOf(plainToken())) {
+        presenter->present(makeScreen(options), false);
     }
     // The same, runs until its page is shown, then forgets what was seen.
-    void openScreen(const ZorvikCheckoutOptions& options = optionsOf(plainToken()),
-                    const Apps& apps = std::nullopt) {
-        presentScreen(options, apps);
+    void openScreen(const ZorvikCheckoutOptions& options = optionsOf(plainToken())) {
+        presentScreen(options);
         runAll();
         forget();
     }
     // One that nobody presents, in a window all the same.
     Screen loadUnpresentedScreen() {
-        auto made = makeScreen(optionsOf(plainToken()), std::nullopt);
+        auto made = makeScreen();
         made->setShownByStage(true);
         runAll();
         forget();
@@ -199,7 +197,6 @@ class CheckoutTest : public testing::Test {
         return findView<View>(*screen()->view());
     }
     bool isErrorShown() const { return !find<platform::UILabel>()->superview()->isHidden(); }
-
     // Asks the policy directly; it must answer exactly once, before it returns.
     Policy decide(const std::optional<std::string>& url) {
         platform::WKNavigationAction action;
@@ -210,7 +207,6 @@ class CheckoutTest : public testing::Test {
         EXPECT_EQ(answers.size(), 1u);
         return answers.at(0);
     }
-    // The redirect with this response, decided at once.
     Policy redirect(const std::string& response) {
         return decide(core.webViewRespCheckUrl + "?response=" + response);
     }

@@ -50,8 +50,8 @@ call setZorvikTechUrl(SHOP)
 }
 
 TEST_F(FacadeTest, ACheckoutGoesFromTheCallToTheHostInThisOrder) {
-    core.appsAnswer = std::vector<UPIAppsVO>{{"N", "Nilgiri Pay", "app.nilgiri", std::nullopt},
-                                             {"Q", std::nullopt, "app.quiet", std::nullopt}};
+    core.appsAnswer = Apps{{"N", "Nilgiri Pay", "app.nilgiri", std::nullopt},
+                           {"Q", std::nullopt, "app.quiet", std::nullopt}};
     sdk.initialize("SHOP");
     run();
     forget();

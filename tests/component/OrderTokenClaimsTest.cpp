@@ -53,13 +53,12 @@ TEST_F(OrderTokenClaimsTest, TheReadersDifferInSegmentsAlphabetAndClaimTypesAndN
         {"100,000 levels", claimsOf("\"o\"", deep), "", "", ""},
     };
     openScreen();
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.name);
-        EXPECT_TRUE(ZorvikCheckoutSDK::getOrderID(row.token) == row.orderId);
-        EXPECT_TRUE(ZorvikCheckoutSDK::getSubMerchantID(row.token) == row.subMerchantId);
-        screen()->setOptions(optionsOf(row.token));
+    for (const auto& [name, token, orderId, subMerchantId, enquired] : cases) {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(ZorvikCheckoutSDK::getOrderID(token) == orderId);
+        EXPECT_TRUE(ZorvikCheckoutSDK::getSubMerchantID(token) == subMerchantId);
+        screen()->setOptions(optionsOf(token));
         decide("shopreturn://back?status=success");
-        const std::string& enquired = row.enquiryOrderId;
         EXPECT_THAT(last(), testing::EndsWith(", " + enquired + ", " + enquired + ", )"));
         forget();
     }

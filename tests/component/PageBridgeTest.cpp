@@ -8,11 +8,13 @@ class PageBridgeTest : public CheckoutTest {};
 
 TEST_F(PageBridgeTest, ThePageIsGivenOneAppForEachPackageNameWithNullForWhatIsMissing) {
     const std::string odd = "O'Brien \"Pay\" \\ 😀\n\r\t</script> ₹ \x01 \xe2\x80\xa8";
-    openScreen(optionsOf("t"), Apps{{{"N", odd, "app.'odd\\", "https://i.example/a\"b"},
-                                     {"X", "second of the name", "app.'odd\\", std::nullopt},
-                                     {"E", "empty package", "", std::nullopt},
-                                     {"M", "no package", std::nullopt, std::nullopt},
-                                     {std::nullopt, std::nullopt, "app.bare", std::nullopt}}});
+    presentScreen();
+    screen()->setUpiApps(Apps{{"N", odd, "app.'odd\\", "https://i.example/a\"b"},
+                              {"X", "second of the name", "app.'odd\\", std::nullopt},
+                              {"E", "empty package", "", std::nullopt},
+                              {"M", "no package", std::nullopt, std::nullopt},
+                              {std::nullopt, std::nullopt, "app.bare", std::nullopt}});
+    run();
     EXPECT_THAT(
         scripts().at(0),
         HasSubstr(
@@ -31,9 +33,9 @@ TEST_F(PageBridgeTest, TheAppsAreGivenOnceALoadAndAgainOnlyAfterAFailedEvaluatio
         return scripts().size();
     };
     openScreen();  // without a list
-    screen()->setUpiApps(std::vector<UPIAppsVO>{{"N", "\xff\xfe", "app.n", ""}});
+    screen()->setUpiApps(Apps{{"N", "\xff\xfe", "app.n", ""}});
     EXPECT_EQ(scriptsAfterAnotherPage(), 0u) << "a name that is no text injects nothing";
-    screen()->setUpiApps(std::vector<UPIAppsVO>{{"N", "n", "", ""}});
+    screen()->setUpiApps(Apps{{"N", "n", "", ""}});
     evaluation = someError("no page");
     EXPECT_EQ(scriptsAfterAnotherPage(), 1u);
     EXPECT_THAT(scripts().at(0), HasSubstr(R"(UPIIntentAvailable('{\"UPIApps\":[]}'))"));
@@ -50,10 +52,8 @@ TEST_F(PageBridgeTest, EveryIntentMessageIsLoggedWithTheIdItsTextHolds) {
     const std::string format = "\n[UPI INTENT] Invalid message format - expected string\n";
     const std::string parse = "\n[UPI INTENT] Failed to parse JSON from message body\n";
     const std::string fields = "\n[UPI INTENT] Missing required fields: url or packagename\n";
-    const struct {
-        ScriptValue body;
-        std::string transactionId, transcript;  // after the event
-    } cases[] = {
+    // The body, its transaction id, what is printed after the event.
+    const std::tuple<ScriptValue, std::string, std::string> cases[] = {
         {{Type::null, "null"}, "", format},
         {{Type::object, R"({"tr":"1","url":"u","package_name":"p"})"}, "", format},
         {stringBody(""), "", parse},
@@ -68,13 +68,13 @@ TEST_F(PageBridgeTest, EveryIntentMessageIsLoggedWithTheIdItsTextHolds) {
         {stringBody(R"({"TR":"A","merchantTransactionId":"M"})"), "M", fields},
     };
     openScreen();
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.body.text.substr(0, 100));
-        postIntent(row.body);
+    for (const auto& [body, id, transcript] : cases) {
+        SCOPED_TRACE(body.text.substr(0, 100));
+        postIntent(body);
         run();
-        const Dictionary data{{"transactionId", row.transactionId}, {"parameters", row.body.text}};
+        const Dictionary data{{"transactionId", id}, {"parameters", body.text}};
         EXPECT_EQ(seen("event").at(0), "UPI_INTENT_STARTED " + description(data));
-        EXPECT_TRUE(hasTranscript("[UPI", row.transcript));
+        EXPECT_TRUE(hasTranscript("[UPI", transcript));
     }
     // From the last key to the first, each before the ones it must win over.
     std::string ids = "{";
@@ -87,8 +87,9 @@ TEST_F(PageBridgeTest, EveryIntentMessageIsLoggedWithTheIdItsTextHolds) {
         EXPECT_THAT(seen("event").back(), HasSubstr("\"transactionId\": \"id-" + key + '"'));
     }
     forget();
-    platform::WKUserContentController controller;
-    screen()->userContentControllerDidReceive(controller, {"OpenUpiIntent", stringBody("{}")});
+    screen()->userContentControllerDidReceive(
+        *find<WKWebView>()->configuration().userContentController,
+        {"OpenUpiIntent", stringBody("{}")});
     EXPECT_TRUE(hasTranscript("", "\n"));
 }
 

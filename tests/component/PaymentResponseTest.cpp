@@ -23,11 +23,8 @@ TEST_F(PaymentResponseTest, AResponseThatDecodesIsASuccessOneTurnLaterAndAnyOthe
     const std::string plus = R"({"payload":{"a":">>>"}})";  // a "+" in its base64
     const std::string levels(100'000, '[');
     const std::string megabyte(1'000'000, 'x');
-    const struct {
-        const char* name;
-        std::string response;               // as the page wrote it, before percent-escaping
-        std::optional<Dictionary> payload;  // of the success; nullopt: an undecodable response
-    } cases[] = {
+    // The response as the page wrote it; the payload of its success, if it can be decoded.
+    const std::tuple<const char*, std::string, std::optional<Dictionary>> cases[] = {
         {"JSON", object, payload},
         {"base64 of JSON", base64Encode(object), payload},
         {"base64 with a plus sign", base64Encode(plus), Dictionary{{"a", ">>>"}}},
@@ -49,13 +46,13 @@ TEST_F(PaymentResponseTest, AResponseThatDecodesIsASuccessOneTurnLaterAndAnyOthe
         {"a megabyte", R"({"payload":{"a":")" + megabyte + "\"}}", Dictionary{{"a", megabyte}}},
     };
     openScreen();
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(redirect(escaped(row.response)), Policy::cancel);
+    for (const auto& [name, response, decoded] : cases) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(redirect(escaped(response)), Policy::cancel);
         const Lines failures = seen("failure");
-        EXPECT_THAT(failures, SizeIs(row.payload ? 0 : 1));
+        EXPECT_THAT(failures, SizeIs(decoded ? 0 : 1));
         scheduler.runOneTurn();
-        EXPECT_TRUE(seen("success") == (row.payload ? Lines{description(*row.payload)} : Lines()));
+        EXPECT_TRUE(seen("success") == (decoded ? Lines{description(*decoded)} : Lines()));
         EXPECT_EQ(scheduler.pendingCount(), 0u);
         forget();
     }
@@ -92,9 +89,8 @@ failure ["error": "Invalid response format", "order_id": "order-7", "subMerchant
         EXPECT_EQ(decide(url), Policy::cancel);
         EXPECT_TRUE(leadsTo("[REDIRECT] 🔗", transcript));
     }
-    for (const char* start : {"#", "?u=", "?#", "?Response=1&u="}) {
-        decide("https://pay.example/" + std::string(start) +
-               "https://pay.example/check?response=1");
+    for (const std::string start : {"#", "?u=", "?#", "?Response=1&u="}) {
+        decide("https://pay.example/" + start + "https://pay.example/check?response=1");
         run();
         EXPECT_THAT(seen("failure"),
                     ElementsAre(StartsWith(R"(["error": "Invalid payment response")")));

@@ -10,11 +10,8 @@ class ResultBridgeTest : public CheckoutTest {
 };
 
 TEST_F(ResultBridgeTest, TheReportedTransactionIdIsTheFirstStringOfItsKeysElseTheReturnsOwn) {
-    const struct {
-        std::string status;  // of an earlier return; "": none
-        Dictionary payload;
-        const char* reported;
-    } cases[] = {
+    // The status of an earlier return, if any.
+    const std::tuple<std::string, Dictionary, const char*> cases[] = {
         {"", {{"tr", "3"}, {"pspTransactionId", "2"}, {"zorvikTransactionId", "1"}}, "1"},
         {"", {{"zorvikTransactionId", 1}, {"pspTransactionId", "2"}, {"transactionId", "3"}}, "2"},
         {"success", {{"transactionId", ""}, {"tr", "4"}}, ""},

@@ -27,7 +27,6 @@ TEST_F(ScreenLifecycleTest, TheScreenComesUpWithItsSkeletonOverAHiddenPageAndFad
     EXPECT_EQ(screen()->view()->backgroundColor(), platform::UIColor::white());
     EXPECT_EQ(retry->title(), "Retry");
     EXPECT_THAT(page().messageHandlers(), ElementsAre("openUpiIntent"));
-    EXPECT_TRUE(page().configuration().allowsContentJavaScript);
     EXPECT_TRUE(page().configuration().javaScriptCanOpenWindowsAutomatically);
     port.stage().layout();
     EXPECT_EQ(skeleton->frame(), (Rect{0, 47, 390, 763}));
@@ -77,22 +76,20 @@ TEST_F(ScreenLifecycleTest, ADismissalCleansUpThreeTimesAndLeavesNothingBehind) 
     openScreen();
     storeRecord();
     dismissScreen();
-    EXPECT_TRUE(hasTranscript("", R"(
-[VIEW LIFECYCLE] 🚀 viewWillDisappear called | 📊 Is being dismissed: true | 🧹 Performing cleanup due to dismissal
-(later) [VIEW LIFECYCLE] 🚀 viewDidDisappear called | 📊 Is being dismissed: true | 🧹 Performing cleanup due to dismissal
-)"));
     Lines keys{"current_transaction_id", "current_package_name", "transaction_start_time"};
     EXPECT_THAT(port.defaults().removals(), SizeIs(3 * keys.size()));
     EXPECT_TRUE(std::equal(keys.begin(), keys.end(), port.defaults().removals().begin()));
     EXPECT_THAT(port.web().pages(), IsEmpty());
     EXPECT_EQ(scheduler.pendingCount(), 0u) << scheduler.describePending();
+    forget();
     comeBackAfter(1);
     EXPECT_TRUE(leadsTo("", "\n"));
 }
 
 TEST_F(ScreenLifecycleTest, ADismissedScreenThatIsStillHeldDoesNothingWithoutItsPage) {
     load.ending = ScriptedLoad::Ending::hangAfterCommit;
-    openScreen(optionsOf(plainToken()), Apps{std::in_place});
+    openScreen();
+    screen()->setUpiApps(Apps());
     const auto held = screen();
     const auto web = find<WKWebView>();
     EXPECT_TRUE(page().isLoading());
@@ -111,8 +108,7 @@ TEST_F(ScreenLifecycleTest, ADismissedScreenThatIsStillHeldDoesNothingWithoutIts
         {"openUpiIntent", stringBody(R"({"url":"","package_name":"p"})")});
     page().showPanel({platform::ScriptPanel::Kind::alert, "unheard", std::nullopt});
     runAll();
-    EXPECT_THAT(scripts(), IsEmpty());
-    EXPECT_THAT(seen("load"), IsEmpty());
+    EXPECT_TRUE(scripts().empty() && seen("load").empty());
     EXPECT_THAT(
         seen("event"),
         ElementsAre(StartsWith("WEBVIEW_LOADED"), StartsWith("UPI_INTENT_STARTED"),

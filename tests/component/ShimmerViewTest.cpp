@@ -56,7 +56,6 @@ TEST_F(ShimmerViewTest, TheSkeletonIsAHeaderAndFifteenRowsOn930Points) {
     const double widths[] = {200, 180, 220, 160, 190, 210, 170, 200,
                              180, 190, 180, 220, 160, 240, 200};
     for (std::size_t row = 0; row < 15; ++row) {
-        SCOPED_TRACE(row);
         const auto& icon = *blocks[1 + row * 3];
         const auto& title = *blocks[2 + row * 3];
         const auto& subtitle = *blocks[3 + row * 3];
@@ -152,8 +151,6 @@ TEST_F(ShimmerViewTest, AHideWhileItHidesJoinsTheFadeAndBothAreToldAtItsEnd) {
     EXPECT_EQ(skeleton->presentationAlpha(), shown);
     EXPECT_FALSE(skeleton->isHidden());
     scheduler.advanceBy(0.1);
-    EXPECT_EQ(told, "first second ");
-    expectStill();
     EXPECT_EQ(told, "first second ");
 }
 

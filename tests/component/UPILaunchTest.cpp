@@ -54,9 +54,7 @@ TEST_F(UPILaunchTest, AnAppThatDoesNotOpenIsToldToThePageAndKeepsAnEarlierRecord
 (turn 2) script window.postMessage('{\"sdk_transaction_enquiry_response\":\"UPI app not installed\",\"sdk_upi_intent_response\":\"unregistered\"}', '*');
 (turn 3) [UPI RESPONSE] ✅ Response sent successfully: unregistered | ✅ JavaScript executed without errors
 )"));
-    const struct {
-        std::string url, before, message;
-    } cases[] = {
+    const std::tuple<std::string, std::string, std::string> cases[] = {
         {"stubborn:pay", "[UPI LAUNCH] ❌ Failed to launch UPI app", "Failed to launch UPI app"},
         {"", R"(event EXCEPTION_THROWN ["error": "Invalid UPI URL"])", "Invalid UPI URL"},
         {"upi://pay?pn=two words", "event EXCEPTION", "Invalid UPI URL"},

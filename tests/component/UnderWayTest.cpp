@@ -65,7 +65,7 @@ TEST_F(UnderWayTest, NothingHoldsTheScreenButWhatMustAndNothingIsDoneWithoutItsP
     const auto goBack = [&] { screen()->swipeBackDetected(); };
     const auto returnQuickly = [&] { storeRecord(), comeBackAfter(1); };
     const auto finishPage = [&] {
-        screen()->setUpiApps(std::vector<UPIAppsVO>{});
+        screen()->setUpiApps(Apps());
         screen()->webViewDidFinish(*find<WKWebView>());
     };
     const auto handOff = [&] { pick("upi:pay"); };
