@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "c/Boundary.h"
@@ -41,6 +42,19 @@ zorvik_result onWindow(zorvik_gtk* handle, void* window, const Body& body) {
     });
 }
 
+std::optional<platform::gtk::PageData> pageDataOf(zorvik_page_data data) {
+    using platform::gtk::PageData;
+    switch (data) {
+        case ZORVIK_PAGES_IN_MEMORY:
+            return PageData::inMemory;
+        case ZORVIK_PAGES_ON_DISK:
+            return PageData::onDisk;
+        case ZORVIK_PAGES_FRESH:
+            return PageData::freshForEachPage;
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 }  // namespace zorvik::c
 
@@ -56,14 +70,16 @@ zorvik_gtk* zorvik_gtk_make(const zorvik_gtk_options* options) {
         zorvik_gtk_options given{};
         std::memcpy(&given, options, std::min(options->size, sizeof given));
         if (!call.text(given.application_id, "application_id")) return nullptr;
+        const auto pageData = pageDataOf(given.page_data);
+        if (!call.require(pageData.has_value(), ZORVIK_INVALID_ARGUMENT,
+                          "page_data is none of zorvik_page_data"))
+            return nullptr;
         auto platform = GtkPlatform::make({.applicationId = given.application_id,
                                            .safeAreaInsets = {.top = given.safe_area_top,
                                                               .left = given.safe_area_left,
                                                               .bottom = given.safe_area_bottom,
                                                               .right = given.safe_area_right},
-                                           .pageData = given.keeps_pages_on_disk
-                                                           ? platform::gtk::PageData::onDisk
-                                                           : platform::gtk::PageData::inMemory,
+                                           .pageData = *pageData,
                                            .keepsSparePage = !given.without_spare_page});
         call.require(platform != nullptr, ZORVIK_FAILED,
                      "there is no display to open, or application_id cannot name a folder");

@@ -231,12 +231,18 @@ ZORVIK_FUNCTION zorvik_result zorvik_headless_become_active(zorvik_headless* hea
 
 /* ---- The GTK port: libzorvik_c_gtk only. A window is a GtkWindow* ------------------------------
  */
+/* Where pages keep cookies and stored data. */
+typedef enum zorvik_page_data {
+    ZORVIK_PAGES_IN_MEMORY = 0, /* shared by all pages until the platform ends */
+    ZORVIK_PAGES_ON_DISK = 1,   /* in the user's folders, for the next run too */
+    ZORVIK_PAGES_FRESH = 2      /* for one page alone, as a kiosk wants it */
+} zorvik_page_data;
 typedef struct zorvik_gtk_options {
     size_t size;                /* sizeof(zorvik_gtk_options) */
     const char* application_id; /* names the folder of the stored defaults */
     double safe_area_top, safe_area_left, safe_area_bottom, safe_area_right; /* points */
-    bool keeps_pages_on_disk; /* cookies and caches outlive the process */
-    bool without_spare_page;  /* saves an idle page's memory; every checkout opens later */
+    zorvik_page_data page_data;
+    bool without_spare_page; /* saves an idle page's memory; every checkout opens later */
 } zorvik_gtk_options;
 
 /* Makes the calling thread the main one; its work is done by GLib's default main context, whoever

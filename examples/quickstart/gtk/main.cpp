@@ -20,10 +20,6 @@ void pay(Shop* shop) {
     ZorvikCheckoutSDK::shared().checkout(shop->presenter, {.orderToken = shop->token});
 }
 
-void leave(platform::gtk::GtkPlatform* port) {
-    port->quit();
-}
-
 int main() {
     const auto port = platform::gtk::GtkPlatform::make({.applicationId = "quickstart"});
     if (!port) return 1;
@@ -41,6 +37,7 @@ int main() {
     auto* const window = GTK_WINDOW(gtk_window_new());
     gtk_window_set_child(window, gtk_button_new_with_label("Check out"));
     g_signal_connect_swapped(gtk_window_get_child(window), "clicked", G_CALLBACK(pay), shop.get());
+    const auto leave = +[](platform::gtk::GtkPlatform* open) { open->quit(); };
     g_signal_connect_swapped(window, "destroy", G_CALLBACK(leave), port.get());
     shop->presenter = port->presenterFor(window);
     gtk_window_present(window);

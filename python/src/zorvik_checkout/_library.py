@@ -75,7 +75,7 @@ class GtkOptionsStruct(Structure):
         ("safe_area_left", c_double),
         ("safe_area_bottom", c_double),
         ("safe_area_right", c_double),
-        ("keeps_pages_on_disk", c_bool),
+        ("page_data", c_int),
         ("without_spare_page", c_bool),
     ]
 

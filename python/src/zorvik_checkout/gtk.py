@@ -7,6 +7,7 @@ runs it; :meth:`GtkPlatform.run` is for a host without a main loop.
 from __future__ import annotations
 
 import ctypes
+import enum
 import os
 from typing import Any, Callable
 
@@ -25,7 +26,7 @@ from ._platform import Platform
 
 want_gtk()
 
-__all__ = ["GtkPlatform", "Window"]
+__all__ = ["GtkPlatform", "PageData", "Window"]
 
 _capsule_pointer = ctypes.pythonapi.PyCapsule_GetPointer
 _capsule_pointer.restype = ctypes.c_void_p
@@ -49,12 +50,20 @@ def _window_pointer(window: Any) -> int:
     return int(_capsule_pointer(capsule, None))
 
 
+class PageData(enum.IntEnum):
+    """Where pages keep cookies and stored data."""
+
+    IN_MEMORY = 0  #: shared by all pages until the platform ends
+    ON_DISK = 1  #: in the user's folders, for the next run too
+    FRESH = 2  #: for one page alone, as a kiosk wants it
+
+
 class GtkPlatform(Platform):
     """The desktop platform on GTK 4 and WebKitGTK.
 
     :param application_id: names the folder of the stored defaults.
     :param safe_area: points kept free at the top, left, bottom and right.
-    :param keeps_pages_on_disk: cookies and caches outlive the process.
+    :param page_data: where pages keep cookies and stored data.
     :param spare_page: keeps a web process at hand, so that the next checkout opens at once.
     :raises WrongState: there is a platform already.
     :raises CheckoutError: there is no display, or application_id cannot name a folder.
@@ -65,14 +74,14 @@ class GtkPlatform(Platform):
         application_id: str,
         *,
         safe_area: tuple[float, float, float, float] = (0, 0, 0, 0),
-        keeps_pages_on_disk: bool = False,
+        page_data: PageData = PageData.IN_MEMORY,
         spare_page: bool = True,
     ) -> None:
         options = GtkOptionsStruct(
             ctypes.sizeof(GtkOptionsStruct),
             encoded(application_id),
             *safe_area,
-            keeps_pages_on_disk,
+            page_data,
             not spare_page,
         )
         super().__init__(lambda: library().gtk_make(ctypes.byref(options)), library().gtk_free)
