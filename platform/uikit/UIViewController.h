@@ -22,7 +22,6 @@ class ZORVIK_API UIViewController : public std::enable_shared_from_this<UIViewCo
 
     // The first call makes the view and calls viewDidLoad.
     const std::shared_ptr<UIView>& view();
-    bool isViewLoaded() const { return view_ != nullptr; }
 
     // Overrides call the base.
     virtual void viewDidLoad() {}

@@ -99,7 +99,7 @@ class AppearanceRecorder : public UIViewController {
   private:
     void record(const std::string& what) {
         recorder_->events.push_back(name_ + " " + what + (isBeingDismissed() ? " dismissed" : "") +
-                                    (isViewLoaded() && view()->isInWindow() ? " in window" : ""));
+                                    (view()->isInWindow() ? " in window" : ""));
     }
 
     const std::string name_;
