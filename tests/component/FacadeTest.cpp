@@ -124,6 +124,7 @@ TEST_F(FacadeTest, AFailureBeforeTheScreenGoesToTheDelegateOfThatMoment) {
     const auto failWith = [&](const std::shared_ptr<Receiver>& later, const Lines& responses) {
         sdk.setDelegate(host);
         sdk.checkout(presenter, optionsOf(plainToken()));
+        EXPECT_GT(presenter.use_count(), 1) << "held until the screen is shown";
         sdk.setDelegate(later);
         host->name = "early";
         run();

@@ -27,6 +27,7 @@ TEST_F(ScreenLifecycleTest, TheScreenComesUpWithItsSkeletonOverAHiddenPageAndFad
     EXPECT_EQ(screen()->view()->backgroundColor(), platform::UIColor::white());
     EXPECT_EQ(retry->title(), "Retry");
     EXPECT_THAT(page().messageHandlers(), ElementsAre("openUpiIntent"));
+    EXPECT_TRUE(page().configuration().allowsContentJavaScript);
     EXPECT_TRUE(page().configuration().javaScriptCanOpenWindowsAutomatically);
     port.stage().layout();
     EXPECT_EQ(skeleton->frame(), (Rect{0, 47, 390, 763}));
@@ -106,6 +107,7 @@ TEST_F(ScreenLifecycleTest, ADismissedScreenThatIsStillHeldDoesNothingWithoutIts
     held->userContentControllerDidReceive(
         *web->configuration().userContentController,
         {"openUpiIntent", stringBody(R"({"url":"","package_name":"p"})")});
+    page().navigateSubframe("https://pay.example/");
     page().showPanel({platform::ScriptPanel::Kind::alert, "unheard", std::nullopt});
     runAll();
     EXPECT_TRUE(scripts().empty() && seen("load").empty());
@@ -113,8 +115,8 @@ TEST_F(ScreenLifecycleTest, ADismissedScreenThatIsStillHeldDoesNothingWithoutIts
         seen("event"),
         ElementsAre(StartsWith("WEBVIEW_LOADED"), StartsWith("UPI_INTENT_STARTED"),
                     StartsWith("EXCEPTION_THROWN"), R"(BACK_BUTTON_PRESSED ["current_url": ""])"));
-    EXPECT_THAT(core.transcript.entries("[WEBVIEW]"), IsEmpty());
-    EXPECT_THAT(core.transcript.entries("[APP STATE]"), IsEmpty());
+    for (const char* unheard : {"[WEBVIEW]", "[APP STATE]", "[URL INTERCEPT]"})
+        EXPECT_THAT(core.transcript.entries(unheard), IsEmpty());
     EXPECT_TRUE(web->isHidden());
 }
 

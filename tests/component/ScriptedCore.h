@@ -19,7 +19,7 @@
 namespace zorvik {
 
 using Lines = std::vector<std::string>;
-using Text = const std::string&;
+using Text = const std::string&;  // as the core services take it
 using platform::Dictionary, platform::Result, platform::Value;
 
 // An order token with the claims "order-7" and "sub-3" that every reader can read.
