@@ -9,6 +9,7 @@
 #include "platform/uikit/UIButton.h"
 #include "platform/uikit/UILabel.h"
 #include "platform/webkit/WKWebView.h"
+#include "testkit/RecordingDelegate.h"
 #include "tests/platform/gtk/GtkPortTest.h"
 #include "tests/support/RawServer.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDK.h"
@@ -17,11 +18,6 @@ namespace zorvik::tests {
 namespace {
 
 using testing::ElementsAre;
-
-struct Host : ZorvikCheckoutSDKDelegate {
-    std::vector<Dictionary> results;
-    void onCheckoutResponse(const Dictionary& data) override { results.push_back(data); }
-};
 
 // The real engine, the development core and a server of checkout pages.
 class CheckoutRoad : public GtkPortTest {
@@ -55,7 +51,7 @@ class CheckoutRoad : public GtkPortTest {
     void checkout(std::string_view event = EventConstants::WEBVIEW_LOADED) {
         auto& sdk = ZorvikCheckoutSDK::shared();
         sdk.setDelegate(host);
-        host->results.clear();
+        host->clear();
         token.clear();
         sdk.createOrder(1499, "INR", {}, std::nullopt, [this](const auto& created) {
             DispatchQueue::main().async(
@@ -86,7 +82,7 @@ class CheckoutRoad : public GtkPortTest {
     // Goes to the response address, as written, and waits for the host to hear of it.
     void payWith(const std::string& response) {
         goTo(server.address("/response") + "?response=" + response);
-        ASSERT_TRUE(waitUntil([&] { return !host->results.empty() && !isScreenOpen(); }));
+        ASSERT_TRUE(waitUntil([&] { return !host->responses().empty() && !isScreenOpen(); }));
     }
 
     bool isScreenOpen() const { return presenter->presentedViewController() != nullptr; }
@@ -115,7 +111,8 @@ class CheckoutRoad : public GtkPortTest {
     std::vector<std::string> console;
     const std::shared_ptr<development::MemoryEventSink> events =
         std::make_shared<development::MemoryEventSink>();
-    const std::shared_ptr<Host> host = std::make_shared<Host>();
+    const std::shared_ptr<testkit::RecordingDelegate> host =
+        std::make_shared<testkit::RecordingDelegate>();
     std::string token;
 };
 
@@ -123,7 +120,7 @@ TEST_F(CheckoutRoad, APaymentOnThePageReachesTheHostAndClosesTheScreen) {
     checkout();
     ASSERT_TRUE(waitUntil([&] { return !find<WKWebView>()->isHidden(); }));
     payWith("%7B%22payload%22%3A%7B%22paid%22%3Atrue%2C%22amount%22%3A1499%7D%7D");
-    EXPECT_THAT(host->results, ElementsAre(Dictionary{{"paid", true}, {"amount", 1499}}));
+    EXPECT_THAT(host->responses(), ElementsAre(Dictionary{{"paid", true}, {"amount", 1499}}));
 
     ASSERT_TRUE(waitForEvent(EventConstants::PAYMENT_STATUS));
     auto names = eventNames();
@@ -155,7 +152,7 @@ TEST_F(CheckoutRoad, TheResponseIsReadHoweverThePageWroteIt) {
         SCOPED_TRACE(row.name);
         checkout();
         payWith(row.response);
-        EXPECT_THAT(host->results, ElementsAre(row.received));
+        EXPECT_THAT(host->responses(), ElementsAre(row.received));
     }
 }
 
@@ -238,7 +235,7 @@ TEST_F(CheckoutRoad, AConnectionThatEndsHalfWayIsLoggedAndThePageStays) {
     EXPECT_TRUE(isPanelHidden());
     EXPECT_EQ(countOf(EventConstants::URL_INTERCEPTED), 1);
     EXPECT_EQ(countOf(EventConstants::WEBVIEW_LOADED), 0);
-    EXPECT_TRUE(host->results.empty());
+    EXPECT_TRUE(host->responses().empty());
 }
 
 TEST_F(CheckoutRoad, AKilledWebProcessShowsThePanelAndRetryLoadsThePage) {

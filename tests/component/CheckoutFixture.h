@@ -93,10 +93,11 @@ class CheckoutTest : public testing::Test {
         presenter = platform::makeOnMainThread<platform::UIViewController>();
         presenter->setShownByStage(true);
         sdk.setDelegate(host);
+        scheduler.settle();  // the facade's first use
         forget();
     }
     ~CheckoutTest() override {
-        sdk.setDelegate({});
+        ZorvikCheckoutSDK::reset();
         presenter.reset();
         platform::setConsoleSink({});
     }

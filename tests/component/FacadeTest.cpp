@@ -4,33 +4,18 @@
 namespace zorvik {
 namespace {
 
-// The facade is one for the process. What its first use logs, and a checkout before any application
-// code was given, can be seen once only: before the first test.
-class FirstUse : public testing::Environment {
-  public:
-    static inline std::string seen;
-
-    void SetUp() override {
-        if (!seen.empty()) return;
-        ScriptedCore core;
-        platform::headless::HeadlessPlatform port;
-        const auto presenter = platform::makeOnMainThread<platform::UIViewController>();
-        ZorvikCheckoutSDK::shared().checkout(presenter, {});
-        EXPECT_THAT(core.transcript.entries(""), IsEmpty()) << "not in the background";
-        port.scheduler().settle();
-        seen = core.transcript.take();
-    }
-};
-[[maybe_unused]] const auto* const firstUse = testing::AddGlobalTestEnvironment(new FirstUse);
-
 class FacadeTest : public CheckoutTest {};
 
 TEST_F(FacadeTest, WhatBelongsToNoCheckoutIsToldByEventsAloneAndAnAppCodeStaysUntilAnother) {
-    EXPECT_EQ(FirstUse::seen, R"(
-event SDK_INITIALIZED none ["platform": "ios", "sdk_version": "2.0.15-alpha.4"]
-event CHECKOUT_INITIATED "" nil "" ["app_code": "not_set", "delegate_present": false, "proxy_delegate_present": false]
-event EXCEPTION_THROWN none ["error": "No orderToken provided"]
-)");
+    ZorvikCheckoutSDK::reset();
+    ZorvikCheckoutSDK::shared().checkout(presenter, {});
+    EXPECT_THAT(heard(), IsEmpty()) << "not in the background";
+    EXPECT_TRUE(leadsTo("", R"(
+(background) event SDK_INITIALIZED none ["platform": "ios", "sdk_version": "2.0.15-alpha.4"]
+(background) event CHECKOUT_INITIATED "" nil "" ["app_code": "not_set", "delegate_present": false, "proxy_delegate_present": false]
+(background) event EXCEPTION_THROWN none ["error": "No orderToken provided"]
+)"));
+    sdk.setDelegate(host);
     using MaybeText = std::optional<std::string>;
     for (const MaybeText& text : {MaybeText("SHOP"), MaybeText(""), MaybeText()}) {
         sdk.initialize(text);
