@@ -237,6 +237,7 @@ typedef enum zorvik_page_data {
     ZORVIK_PAGES_ON_DISK = 1,   /* in the user's folders, for the next run too */
     ZORVIK_PAGES_FRESH = 2      /* for one page alone, as a kiosk wants it */
 } zorvik_page_data;
+/* What the GTK platform is made with. */
 typedef struct zorvik_gtk_options {
     size_t size;                /* sizeof(zorvik_gtk_options) */
     const char* application_id; /* names the folder of the stored defaults */
