@@ -3,8 +3,8 @@
 #include "core/EventConstants.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/LogUtil.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDK.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/CheckoutEvents.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/Text.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/CheckoutEvents.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/Text.h"
 
 namespace zorvik {
 

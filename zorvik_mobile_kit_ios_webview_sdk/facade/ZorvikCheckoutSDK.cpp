@@ -14,10 +14,10 @@
 #include "zorvik_mobile_kit_ios_webview_sdk/LogUtil.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/SDKVersion.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/CheckoutEvents.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/ErrorPayload.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/Text.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/facade/ZorvikCheckoutSDKDelegateObjCProxy.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/CheckoutEvents.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/ErrorPayload.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/Text.h"
 
 namespace zorvik {
 

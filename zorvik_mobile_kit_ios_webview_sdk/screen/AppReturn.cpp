@@ -3,9 +3,9 @@
 #include "platform/runtime/Clock.h"
 #include "platform/runtime/UserDefaults.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/Text.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/QueryItems.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/TransactionRecord.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/Text.h"
 
 namespace zorvik {
 

@@ -7,10 +7,10 @@
 #include "platform/runtime/UserDefaults.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDK.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/CheckoutEvents.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/Text.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/CheckoutPage.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/TransactionRecord.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/CheckoutEvents.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/Text.h"
 
 namespace zorvik {
 

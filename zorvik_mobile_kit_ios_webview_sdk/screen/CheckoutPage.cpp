@@ -1,7 +1,7 @@
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/CheckoutPage.h"
 
 #include "core/APIUtils.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/Text.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/Text.h"
 
 namespace zorvik {
 

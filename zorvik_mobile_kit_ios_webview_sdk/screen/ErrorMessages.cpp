@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/Text.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/Text.h"
 
 namespace zorvik {
 

@@ -1,9 +1,9 @@
 #include "core/EventConstants.h"
 #include "platform/foundation/Console.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/CheckoutEvents.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/Text.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/ErrorMessages.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/CheckoutEvents.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/Text.h"
 
 namespace zorvik {
 

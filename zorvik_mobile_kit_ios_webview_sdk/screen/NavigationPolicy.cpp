@@ -4,7 +4,7 @@
 #include "core/ZorvikUPIAppDetector.h"
 #include "platform/foundation/Console.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/Text.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/Text.h"
 
 namespace zorvik {
 

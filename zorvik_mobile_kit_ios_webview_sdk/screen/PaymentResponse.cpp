@@ -6,9 +6,9 @@
 #include "platform/foundation/URLComponents.h"
 #include "platform/runtime/DispatchQueue.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/ErrorPayload.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/Text.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/QueryItems.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/ErrorPayload.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/Text.h"
 
 namespace zorvik {
 

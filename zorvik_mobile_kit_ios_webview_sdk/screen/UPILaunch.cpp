@@ -5,11 +5,11 @@
 #include "platform/uikit/UIApplication.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/LogUtil.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/CheckoutEvents.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/Text.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/IntentMessage.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/TransactionIds.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/TransactionRecord.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/CheckoutEvents.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/Text.h"
 
 namespace zorvik {
 

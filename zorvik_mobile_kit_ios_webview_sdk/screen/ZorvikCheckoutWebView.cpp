@@ -10,11 +10,11 @@
 #include "platform/runtime/NotificationCenter.h"
 #include "platform/runtime/UserDefaults.h"
 #include "platform/uikit/UIApplication.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/CheckoutEvents.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/Text.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/ErrorMessages.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/IntentMessage.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/TransactionRecord.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/CheckoutEvents.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/Text.h"
 
 namespace zorvik {
 

@@ -1,4 +1,4 @@
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/ErrorPayload.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/ErrorPayload.h"
 
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDK.h"
 

@@ -1,4 +1,4 @@
-#include "zorvik_mobile_kit_ios_webview_sdk/shared/CheckoutEvents.h"
+#include "zorvik_mobile_kit_ios_webview_sdk/common/CheckoutEvents.h"
 
 #include <utility>
 
