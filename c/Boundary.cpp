@@ -25,21 +25,8 @@ thread_local int callbackDepth = 0;
 
 constexpr int writableDepth = 64;
 
-std::string repaired(const std::string& bytes) {
-    if (platform::isValidUtf8(bytes)) return bytes;
-    std::string text;
-    for (const char byte : bytes) {
-        if (static_cast<unsigned char>(byte) < 0x80) {
-            text += byte;
-        } else {
-            text += "\uFFFD";
-        }
-    }
-    return text;
-}
-
 Value writable(const Value& value, int depth) {
-    if (const auto* text = value.string()) return repaired(*text);
+    if (const auto* text = value.string()) return platform::readableText(*text);
     if (const auto* number = value.number(); number && !std::isfinite(*number)) return nullptr;
     if (!value.array() && !value.dictionary()) return value;
     if (depth == writableDepth) return nullptr;
@@ -51,7 +38,7 @@ Value writable(const Value& value, int depth) {
     }
     Dictionary copy;
     for (const auto& [key, element] : *value.dictionary())
-        copy[repaired(key)] = writable(element, depth + 1);
+        copy[platform::readableText(key)] = writable(element, depth + 1);
     return copy;
 }
 
@@ -144,7 +131,7 @@ std::string jsonText(const Value& value) {
 }
 
 std::string plainText(const std::string& text) {
-    return repaired(text);
+    return platform::readableText(text);
 }
 
 InsideCallback::InsideCallback() {

@@ -17,21 +17,8 @@ using platform::Value;
 // Deep enough for any event a person reads, and far from the limit of what JSON may nest.
 constexpr int readableDepth = 64;
 
-std::string readableText(const std::string& bytes) {
-    if (platform::isValidUtf8(bytes)) return bytes;
-    std::string text;
-    for (const char byte : bytes) {
-        if (static_cast<unsigned char>(byte) < 0x80) {
-            text += byte;
-        } else {
-            text += "\uFFFD";
-        }
-    }
-    return text;
-}
-
 Value writable(const Value& value, int depth) {
-    if (const std::string* text = value.string()) return readableText(*text);
+    if (const std::string* text = value.string()) return platform::readableText(*text);
     if (const double* number = value.number(); number && !std::isfinite(*number)) {
         return platform::description(value);
     }
@@ -45,7 +32,7 @@ Value writable(const Value& value, int depth) {
     }
     Dictionary copy;
     for (const auto& [key, element] : *value.dictionary()) {
-        copy[readableText(key)] = writable(element, depth + 1);
+        copy[platform::readableText(key)] = writable(element, depth + 1);
     }
     return copy;
 }

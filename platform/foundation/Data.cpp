@@ -101,4 +101,17 @@ bool isValidUtf8(std::string_view bytes) {
     return true;
 }
 
+std::string readableText(const std::string& bytes) {
+    if (isValidUtf8(bytes)) return bytes;
+    std::string text;
+    for (const char byte : bytes) {
+        if (static_cast<unsigned char>(byte) < 0x80) {
+            text += byte;
+        } else {
+            text += "\uFFFD";
+        }
+    }
+    return text;
+}
+
 }  // namespace zorvik::platform

@@ -17,4 +17,7 @@ ZORVIK_API std::optional<std::string> base64Decode(std::string_view text);
 // Whether the bytes are well-formed UTF-8 (no overlong forms, no surrogates).
 ZORVIK_API bool isValidUtf8(std::string_view bytes);
 
+// The bytes as they are when they are UTF-8, else with U+FFFD for each that is not ASCII.
+ZORVIK_API std::string readableText(const std::string& bytes);
+
 }  // namespace zorvik::platform
