@@ -15,9 +15,19 @@ install(FILES "${PROJECT_SOURCE_DIR}/c/zorvik_checkout.h"
 
 set(components checkout core_development headless_port testkit)
 if(ZORVIK_HAS_GTK_PORT)
-  install(FILES "${PROJECT_SOURCE_DIR}/platform/gtk/GtkPlatform.h" "${PROJECT_SOURCE_DIR}/platform/gtk/PageData.h"
+  install(FILES "${PROJECT_SOURCE_DIR}/platform/gtk/GtkPlatform.h"
     DESTINATION "${ZORVIK_INCLUDE_FOLDER}/platform/gtk" COMPONENT development)
   list(APPEND components gtk_port)
+endif()
+if(ZORVIK_HAS_QT_PORT)
+  install(FILES "${PROJECT_SOURCE_DIR}/platform/qt/QtPlatform.h"
+    DESTINATION "${ZORVIK_INCLUDE_FOLDER}/platform/qt" COMPONENT development)
+  list(APPEND components qt_port)
+endif()
+if(ZORVIK_HAS_GTK_PORT OR ZORVIK_HAS_QT_PORT)
+  install(FILES "${PROJECT_SOURCE_DIR}/platform/desktop/PageData.h"
+    "${PROJECT_SOURCE_DIR}/platform/desktop/PlatformOptions.h"
+    DESTINATION "${ZORVIK_INCLUDE_FOLDER}/platform/desktop" COMPONENT development)
 endif()
 if(TARGET zorvik_port_contract)
   install(FILES "${PROJECT_SOURCE_DIR}/tests/contract/PortUnderTest.h"
@@ -84,6 +94,10 @@ zorvik_pkg_config(zorvik_testkit "A checkout page, a customer and core services 
 if(ZORVIK_HAS_GTK_PORT)
   zorvik_pkg_config(zorvik_gtk_port "The port on GTK 4 and WebKitGTK 6.0"
     "zorvik_platform gtk4 webkitgtk-6.0" "-lzorvik_gtk_port")
+endif()
+if(ZORVIK_HAS_QT_PORT)
+  zorvik_pkg_config(zorvik_qt_port "The port on Qt 6 Widgets and Qt WebEngine"
+    "zorvik_platform Qt6Widgets Qt6WebEngineWidgets" "-lzorvik_qt_port")
 endif()
 
 set(LIBS_PRIVATE "-lstdc++ -lm -pthread")

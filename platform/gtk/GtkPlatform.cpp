@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/gtk/FileDefaults.h"
+#include "platform/desktop/FileDefaults.h"
 #include "platform/gtk/GtkApplicationService.h"
 #include "platform/gtk/GtkScheduler.h"
 #include "platform/gtk/GtkStage.h"
@@ -81,7 +81,7 @@ struct GtkPlatform::Parts {
     GtkScheduler scheduler;
     GtkWebEngine engine;
     GtkApplicationService application;
-    FileDefaults defaults;
+    desktop::FileDefaults defaults;
     GtkStage stage;
     std::vector<ObjectPointer<GtkWindow>> windows;
     GMainLoop* loop = nullptr;

@@ -5,31 +5,17 @@
 #include <optional>
 #include <string>
 
+#include "platform/desktop/PlatformOptions.h"
 #include "platform/foundation/Export.h"
 #include "platform/foundation/Geometry.h"
-#include "platform/gtk/PageData.h"
 #include "platform/uikit/UIViewController.h"
 
 typedef struct _GtkWindow GtkWindow;  // GTK's own declaration, so that this header needs no GTK
 
 namespace zorvik::platform::gtk {
 
-// How the desktop port is made.
-struct GtkPlatformOptions {
-    // Names the application in the user's configuration folder: the defaults are kept in
-    // $XDG_CONFIG_HOME/<applicationId>/defaults.json.
-    std::string applicationId;
-    UIEdgeInsets safeAreaInsets = {};  // what screens keep free at the edges, in points
-    PageData pageData = PageData::inMemory;
-    // Keeps one web process at hand for the next checkout, started ahead for the first one, so
-    // that its page loads without waiting for it. It costs the memory of an idle page; turned off,
-    // each checkout waits for a process of its own.
-    bool keepsSparePage = true;
-    // A page that leaves the customer's click or key unanswered for this long (seconds) counts as
-    // hung: its web process is ended and the page has failed. More than a page may ever spend in
-    // one piece of script, a wait for its server included.
-    double hungPageSeconds = 20;
-};
+using desktop::PageData;
+using GtkPlatformOptions = desktop::PlatformOptions;
 
 // The desktop port on GTK 4 and WebKitGTK 6.0: installed from construction to destruction on the
 // thread that makes it, which becomes the main thread and the one that runs GLib's main loop.

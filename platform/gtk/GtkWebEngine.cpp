@@ -22,7 +22,7 @@ ObjectPointer<WebKitNetworkSession> makeSessionOnDisk(const GtkWebEngineOptions&
 
 ObjectPointer<WebKitNetworkSession> makeSession(const GtkWebEngineOptions& options) {
     auto session =
-        options.pageData == PageData::onDisk
+        options.pageData == desktop::PageData::onDisk
             ? makeSessionOnDisk(options)
             : ObjectPointer<WebKitNetworkSession>(webkit_network_session_new_ephemeral());
     g_signal_connect(session.get(), "download-started",
@@ -38,7 +38,8 @@ ObjectPointer<WebKitNetworkSession> makeSession(const GtkWebEngineOptions& optio
 GtkWebEngine::GtkWebEngine(Scheduler& scheduler, const GtkWebEngineOptions& options)
     : scheduler_(scheduler),
       options_(options),
-      session_(options.pageData == PageData::freshForEachPage ? nullptr : makeSession(options)) {
+      session_(options.pageData == desktop::PageData::freshForEachPage ? nullptr
+                                                                       : makeSession(options)) {
     if (options_.keepsSparePage) addSpare(makeView(), SpareView::Origin::ownProcess);
 }
 
@@ -128,7 +129,8 @@ void GtkWebEngine::spareChanged(const SpareView& changed) {
                             std::ranges::none_of(spares_, [&](const auto& spare) {
                                 return !isChanged(spare) && spare->canBeTaken();
                             });
-    const bool hasPastData = isOfPastPage && options_.pageData == PageData::freshForEachPage;
+    const bool hasPastData =
+        isOfPastPage && options_.pageData == desktop::PageData::freshForEachPage;
     if (needsSpare && changed.state() == SpareView::State::answered && !hasPastData) return;
     std::erase_if(spares_, isChanged);
     // One that could not even start is not tried again.

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/desktop/PageData.h"
 #include "platform/gtk/GtkWebPage.h"
 #include "platform/gtk/ObjectPointer.h"
-#include "platform/gtk/PageData.h"
 #include "platform/gtk/SpareView.h"
 #include "platform/services/Scheduler.h"
 
@@ -15,7 +15,7 @@ typedef struct _WebKitNetworkSession WebKitNetworkSession;
 namespace zorvik::platform::gtk {
 
 struct GtkWebEngineOptions {
-    PageData pageData = PageData::inMemory;
+    desktop::PageData pageData = desktop::PageData::inMemory;
     // Made and written to when the data is kept on disk.
     std::string dataFolder;
     std::string cacheFolder;

@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 
-#include "platform/gtk/LoadWatch.h"
+#include "platform/desktop/LoadWatch.h"
 #include "platform/gtk/ObjectPointer.h"
 #include "platform/gtk/ProcessProbe.h"
 #include "platform/services/WebEngine.h"
@@ -102,7 +102,7 @@ class GtkWebPage : public WebPage {
 
     bool showsPage_ = false;  // one was committed, and its web process lives
 
-    LoadWatch watch_;
+    desktop::LoadWatch watch_;
     std::unique_ptr<ProcessProbe> probe_;
     std::weak_ptr<void> openPanel_;
 

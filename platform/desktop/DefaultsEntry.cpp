@@ -1,4 +1,4 @@
-#include "platform/gtk/DefaultsEntry.h"
+#include "platform/desktop/DefaultsEntry.h"
 
 #include <cmath>
 #include <cstdint>
@@ -7,7 +7,7 @@
 
 #include "platform/foundation/Data.h"
 
-namespace zorvik::platform::gtk {
+namespace zorvik::platform::desktop {
 namespace {
 
 // The numbers that JSON cannot write are words.
@@ -64,4 +64,4 @@ std::optional<DefaultsValue> defaultsValue(const Value& entry) {
     return std::nullopt;
 }
 
-}  // namespace zorvik::platform::gtk
+}  // namespace zorvik::platform::desktop

@@ -1,4 +1,4 @@
-#include "platform/gtk/FileDefaults.h"
+#include "platform/desktop/FileDefaults.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -15,7 +15,7 @@
 #include <limits>
 #include <sstream>
 
-namespace zorvik::platform::gtk {
+namespace zorvik::platform::desktop {
 namespace {
 
 namespace fs = std::filesystem;
@@ -228,4 +228,4 @@ TEST_F(FileDefaultsTest, AWriterKilledAtAnyMomentLeavesWhatItHadStored) {
 }
 
 }  // namespace
-}  // namespace zorvik::platform::gtk
+}  // namespace zorvik::platform::desktop

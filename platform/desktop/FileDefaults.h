@@ -9,7 +9,7 @@
 #include "platform/foundation/Value.h"
 #include "platform/services/DefaultsStore.h"
 
-namespace zorvik::platform::gtk {
+namespace zorvik::platform::desktop {
 
 // Entries in one JSON file, stored when the call returns: the file is replaced as a whole, once a
 // call, so a crash leaves the old one or the new one. What cannot be stored is told on standard
@@ -53,4 +53,4 @@ class FileDefaults : public DefaultsStore {
     bool hasWaitedInVain_ = false;
 };
 
-}  // namespace zorvik::platform::gtk
+}  // namespace zorvik::platform::desktop

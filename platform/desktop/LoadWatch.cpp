@@ -1,8 +1,8 @@
-#include "platform/gtk/LoadWatch.h"
+#include "platform/desktop/LoadWatch.h"
 
 #include "platform/runtime/Environment.h"
 
-namespace zorvik::platform::gtk {
+namespace zorvik::platform::desktop {
 
 void LoadWatch::start(double seconds) {
     stop();
@@ -36,4 +36,4 @@ void LoadWatch::wake() {
     }
 }
 
-}  // namespace zorvik::platform::gtk
+}  // namespace zorvik::platform::desktop

@@ -6,10 +6,10 @@
 
 #include "platform/services/Scheduler.h"
 
-namespace zorvik::platform::gtk {
+namespace zorvik::platform::desktop {
 
-// Notices that a load has made no progress for a while; WebKitGTK itself waits for ever. Owned by
-// its page; main thread only.
+// Notices that a load has made no progress for a while; the engines themselves wait for ever. Owned
+// by its page; main thread only.
 class LoadWatch {
   public:
     explicit LoadWatch(std::function<void()> expired) : expired_(std::move(expired)) {}
@@ -32,4 +32,4 @@ class LoadWatch {
     std::optional<Scheduler::TaskId> task_;
 };
 
-}  // namespace zorvik::platform::gtk
+}  // namespace zorvik::platform::desktop

@@ -1,4 +1,4 @@
-#include "platform/gtk/FileDefaults.h"
+#include "platform/desktop/FileDefaults.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -14,11 +14,11 @@
 #include <thread>
 #include <utility>
 
+#include "platform/desktop/DefaultsEntry.h"
 #include "platform/foundation/Data.h"
 #include "platform/foundation/JSONSerialization.h"
-#include "platform/gtk/DefaultsEntry.h"
 
-namespace zorvik::platform::gtk {
+namespace zorvik::platform::desktop {
 namespace {
 
 constexpr int patientAttempts = 10;  // ten milliseconds apart
@@ -213,4 +213,4 @@ bool FileDefaults::failed(const char* what) const {
     return false;
 }
 
-}  // namespace zorvik::platform::gtk
+}  // namespace zorvik::platform::desktop

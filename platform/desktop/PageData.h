@@ -1,6 +1,6 @@
 #pragma once
 
-namespace zorvik::platform::gtk {
+namespace zorvik::platform::desktop {
 
 // Where a host keeps what pages leave behind: cookies, stored entries, cached files.
 enum class PageData {
@@ -15,4 +15,4 @@ enum class PageData {
     freshForEachPage,
 };
 
-}  // namespace zorvik::platform::gtk
+}  // namespace zorvik::platform::desktop
