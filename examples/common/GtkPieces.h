@@ -26,7 +26,4 @@ GtkWidget* button(const std::string& text, const char* style, std::function<void
 // thread.
 void onMain(std::function<void()> task, unsigned milliseconds = 0);
 
-// "₹1,23,456.50"; other currencies by their code.
-std::string moneyText(const std::string& amount, const std::string& currency);
-
 }  // namespace zorvik::demo

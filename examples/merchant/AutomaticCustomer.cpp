@@ -2,25 +2,27 @@
 
 #include <signal.h>
 #include <unistd.h>
-#include <webkit/webkit.h>
 
-#include "examples/common/GtkPieces.h"
+#include <cstdlib>
+
 #include "platform/foundation/JSONSerialization.h"
+#include "platform/runtime/Environment.h"
 
 namespace zorvik::demo {
 
 namespace {
 
 constexpr double patienceSeconds = 20;
-constexpr unsigned lookMilliseconds = 60;
+constexpr double lookSeconds = 0.06;
 
-// The first widget below this one, itself included, for which the condition holds.
-GtkWidget* find(GtkWidget* widget, const std::function<bool(GtkWidget*)>& condition) {
-    if (!widget || !gtk_widget_get_mapped(widget)) return nullptr;
-    if (condition(widget)) return widget;
-    for (GtkWidget* child = gtk_widget_get_first_child(widget); child;
-         child = gtk_widget_get_next_sibling(child)) {
-        if (GtkWidget* found = find(child, condition)) return found;
+using platform::Environment;
+using platform::UIView;
+using platform::WKWebView;
+
+std::shared_ptr<WKWebView> webViewIn(const std::shared_ptr<UIView>& view) {
+    if (auto found = std::dynamic_pointer_cast<WKWebView>(view)) return found;
+    for (const auto& subview : view->subviews()) {
+        if (auto found = webViewIn(subview)) return found;
     }
     return nullptr;
 }
@@ -74,7 +76,7 @@ AutomaticCustomer::~AutomaticCustomer() {
 
 void AutomaticCustomer::start(std::function<void(const std::string&)> stuck) {
     stuck_ = std::move(stuck);
-    stepStart_ = g_get_monotonic_time();
+    stepStart_ = Environment::scheduler().steadySeconds();
     next();
 }
 
@@ -82,18 +84,16 @@ void AutomaticCustomer::next() {
     if (steps_.empty()) return;
     if (attempt(steps_.front())) {
         steps_.pop_front();
-        stepStart_ = g_get_monotonic_time();
+        stepStart_ = Environment::scheduler().steadySeconds();
         hasAnswer_ = false;
-    } else if (static_cast<double>(g_get_monotonic_time() - stepStart_) > patienceSeconds * 1e6) {
+    } else if (secondsInStep() > patienceSeconds) {
         const std::string missed = waitedFor(steps_.front());
         steps_.clear();
         return stuck_(missed);
     }
-    onMain(
-        [self = self_] {
-            if (*self) (*self)->next();
-        },
-        lookMilliseconds);
+    Environment::scheduler().runOnMainAfter(lookSeconds, [self = self_] {
+        if (*self) (*self)->next();
+    });
 }
 
 bool AutomaticCustomer::attempt(const Step& step) {
@@ -118,11 +118,9 @@ bool AutomaticCustomer::attempt(const Step& step) {
         case seeScreen:
             return page() != nullptr;
         case seeButton:
-            return buttonTitled(step.text) != nullptr;
-        case press: {
-            GtkWidget* button = buttonTitled(step.text);
-            return button && gtk_widget_activate(button);
-        }
+            return surroundings_.desktop.hasButton(step.text);
+        case press:
+            return surroundings_.desktop.press(step.text);
         case deviceBack:
             surroundings_.deviceBack();
             return true;
@@ -132,8 +130,7 @@ bool AutomaticCustomer::attempt(const Step& step) {
         case savePng:
             return surroundings_.savePng(step.text);
         case wait:
-            return static_cast<double>(g_get_monotonic_time() - stepStart_) >
-                   g_ascii_strtod(step.text.c_str(), nullptr) * 1e6;
+            return secondsInStep() > std::strtod(step.text.c_str(), nullptr);
         case seeHandOff:
             return surroundings_.isHandedOff();
         case dieAtHandOff:
@@ -144,23 +141,14 @@ bool AutomaticCustomer::attempt(const Step& step) {
 }
 
 void AutomaticCustomer::look(const std::string& script) {
-    GtkWidget* shown = page();
+    const auto shown = page();
     if (!shown || isAsking_) return;
     isAsking_ = true;
-    webkit_web_view_evaluate_javascript(
-        WEBKIT_WEB_VIEW(shown), script.c_str(), -1, nullptr, nullptr, nullptr,
-        [](GObject* view, GAsyncResult* result, gpointer data) {
-            const std::unique_ptr<std::shared_ptr<AutomaticCustomer*>> self(
-                static_cast<std::shared_ptr<AutomaticCustomer*>*>(data));
-            JSCValue* value =
-                webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, nullptr);
-            if (**self) {
-                (**self)->isAsking_ = false;
-                (**self)->hasAnswer_ = value && jsc_value_to_boolean(value);
-            }
-            if (value) g_object_unref(value);
-        },
-        new std::shared_ptr<AutomaticCustomer*>(self_));
+    shown->evaluateJavaScript(script, [self = self_](const auto& value) {
+        if (!*self) return;
+        (*self)->isAsking_ = false;
+        (*self)->hasAnswer_ = value && value.value().text == "true";
+    });
 }
 
 void AutomaticCustomer::setFault(const Step& step) {
@@ -173,17 +161,14 @@ void AutomaticCustomer::setFault(const Step& step) {
     });
 }
 
-GtkWidget* AutomaticCustomer::page() const {
-    return find(GTK_WIDGET(surroundings_.window),
-                [](GtkWidget* widget) { return WEBKIT_IS_WEB_VIEW(widget) != FALSE; });
+std::shared_ptr<WKWebView> AutomaticCustomer::page() const {
+    const auto presenter = surroundings_.desktop.presenter();
+    const auto screen = presenter ? presenter->presentedViewController() : nullptr;
+    return screen ? webViewIn(screen->view()) : nullptr;
 }
 
-GtkWidget* AutomaticCustomer::buttonTitled(const std::string& title) const {
-    return find(GTK_WIDGET(surroundings_.window), [&](GtkWidget* widget) {
-        if (!GTK_IS_BUTTON(widget)) return false;
-        GtkWidget* content = gtk_button_get_child(GTK_BUTTON(widget));
-        return GTK_IS_LABEL(content) && title == gtk_label_get_text(GTK_LABEL(content));
-    });
+double AutomaticCustomer::secondsInStep() const {
+    return Environment::scheduler().steadySeconds() - stepStart_;
 }
 
 }  // namespace zorvik::demo

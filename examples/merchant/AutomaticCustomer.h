@@ -1,13 +1,13 @@
 #pragma once
 
-#include <gtk/gtk.h>
-
 #include <deque>
 #include <functional>
 #include <memory>
 #include <string>
 
+#include "examples/merchant/Desktop.h"
 #include "examples/merchant/Scenario.h"
+#include "platform/webkit/WKWebView.h"
 
 namespace zorvik::demo {
 
@@ -16,7 +16,7 @@ namespace zorvik::demo {
 class AutomaticCustomer {
   public:
     struct Surroundings {
-        GtkWindow* window = nullptr;
+        Desktop& desktop;
         std::function<bool(const std::string& name)> savePng;  // false: not yet
         std::function<void()> pay;
         std::function<void()> deviceBack;
@@ -40,15 +40,16 @@ class AutomaticCustomer {
     bool attempt(const Step& step);
     void look(const std::string& script);
     void setFault(const Step& step);
-    GtkWidget* page() const;
-    GtkWidget* buttonTitled(const std::string& title) const;
+    // The page of the checkout screen on top; nullptr without one.
+    std::shared_ptr<platform::WKWebView> page() const;
+    double secondsInStep() const;
 
     std::deque<Step> steps_;
     Surroundings surroundings_;
     std::function<void(const std::string&)> stuck_;
     // Answers of the page that come after this object find it gone through this.
     std::shared_ptr<AutomaticCustomer*> self_ = std::make_shared<AutomaticCustomer*>(this);
-    gint64 stepStart_ = 0;
+    double stepStart_ = 0;
     bool isAsking_ = false;  // the page or the back end, whose answer is on its way
     bool hasAnswer_ = false;
 };

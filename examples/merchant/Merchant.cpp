@@ -23,14 +23,8 @@ using platform::UserDefaults;
 namespace {
 
 constexpr double patienceSeconds = 120;
-constexpr const char* total = "2548.00";
 constexpr const char* recordKeys[] = {"current_transaction_id", "current_package_name",
                                       "transaction_start_time"};
-
-const std::vector<BasketItem> basket{
-    {"Brass desk lamp", "Warm light, dimmable", "1899.00"},
-    {"Handmade paper", "A5, 40 sheets, deckle edge", "649.00"},
-};
 
 // Where a person pays, only pictures are taken.
 const std::vector<Step> stepsOfOnlooker{
@@ -56,20 +50,28 @@ void printRecord(const std::string& when) {
 
 }  // namespace
 
-std::shared_ptr<Merchant> Merchant::open(platform::gtk::GtkPlatform& platform,
-                                         MerchantOptions options) {
-    const std::shared_ptr<Merchant> merchant(new Merchant(platform, std::move(options)));
-    merchant->window_ =
-        std::make_unique<MerchantWindow>(basket, total, [weak = merchant->weak_from_this()] {
-            if (const auto self = weak.lock()) self->pay();
-        });
-    merchant->presenter_ = platform.presenterFor(merchant->window_->window());
+std::shared_ptr<Merchant> Merchant::open(Desktop& desktop, MerchantOptions options) {
+    const std::shared_ptr<Merchant> merchant(new Merchant(desktop, std::move(options)));
+    const auto whileThere = [weak = merchant->weak_from_this()](auto act) {
+        return [weak, act] {
+            if (const auto self = weak.lock()) act(*self);
+        };
+    };
+    desktop.start({
+        .pay = whileThere([](Merchant& self) { self.pay(); }),
+        .back = [] { ZorvikCheckoutSDK::shared().handleDeviceBackButtonPress(); },
+        .isCheckoutOpen =
+            [&desktop] {
+                const auto presenter = desktop.presenter();
+                return presenter && presenter->presentedViewController();
+            },
+    });
     merchant->configureCore();
     return merchant;
 }
 
-Merchant::Merchant(platform::gtk::GtkPlatform& platform, MerchantOptions options)
-    : platform_(platform), options_(std::move(options)) {}
+Merchant::Merchant(Desktop& desktop, MerchantOptions options)
+    : desktop_(desktop), options_(std::move(options)) {}
 
 void Merchant::configureCore() {
     development::Configuration configuration;
@@ -94,18 +96,19 @@ bool Merchant::run() {
 
     // A person takes the time it takes, again and again.
     const auto runUntil = [this](const std::function<bool()>& condition) {
-        const auto isOver = [&] { return condition() || stuckAt_ || !window_->window(); };
-        while (!platform_.runUntil(isOver, patienceSeconds) && !options_.hasAutomaticCustomer) {
+        const auto isOver = [&] { return condition() || stuckAt_ || !desktop_.isOpen(); };
+        while (!desktop_.runUntil(isOver, patienceSeconds) && !options_.hasAutomaticCustomer) {
         }
     };
     if (options_.hasAutomaticCustomer) startCustomer(stepsOfCustomer());
     runUntil([this] { return hostCalls_ > 0; });
     if (stuckAt_) printLabelled("demo", "Waited in vain for " + *stuckAt_);
-    if (!window_->window()) return hostCalls_ > 0;
+    if (!desktop_.isOpen()) return hostCalls_ > 0;
     if (hostCalls_ > 0) {
         // The checkout screen slides away before the result can be seen.
-        platform_.runUntil([this] { return !presenter_->presentedViewController(); }, 5);
-        platform_.runUntil([] { return false; }, 0.4);
+        const auto presenter = desktop_.presenter();
+        desktop_.runUntil([&] { return !presenter->presentedViewController(); }, 5);
+        desktop_.runUntil([] { return false; }, 0.4);
         printRecord("at the end");
     }
     savePng(hostCalls_ > 0 ? "result" : "stuck");
@@ -115,14 +118,14 @@ bool Merchant::run() {
 }
 
 void Merchant::pay() {
-    window_->showBusy();
+    desktop_.showBusy();
     if (!options_.hasAutomaticCustomer) startCustomer(stepsOfOnlooker);
     if (options_.resumesOrder) return checkOut(rememberedOrder());
     std::vector<Dictionary> items;
-    for (const BasketItem& item : basket) {
+    for (const BasketItem& item : basket()) {
         items.push_back({{"name", item.name}, {"amount", item.amount}});
     }
-    const auto amount = development::minorUnitsFrom(std::string_view(total)).value_or(0);
+    const auto amount = development::minorUnitsFrom(basketTotal()).value_or(0);
     ZorvikCheckoutSDK::shared().createOrder(
         static_cast<double>(amount) / 100, "INR", items, std::nullopt,
         [weak = weak_from_this()](const Result<OrderResponse>& order) {
@@ -130,7 +133,7 @@ void Merchant::pay() {
             DispatchQueue::main().async([weak, order] {
                 const auto self = weak.lock();
                 if (!self) return;
-                if (!order) return self->window_->showProblem(order.error().localizedDescription);
+                if (!order) return self->desktop_.showBasket(order.error().localizedDescription);
                 const std::string token = order.value().orderToken.value_or("");
                 self->rememberOrder(token);
                 self->checkOut(token);
@@ -141,7 +144,7 @@ void Merchant::pay() {
 void Merchant::checkOut(const std::string& token) {
     ZorvikCheckoutOptions options;
     options.orderToken = token;
-    ZorvikCheckoutSDK::shared().checkout(presenter_, options);
+    ZorvikCheckoutSDK::shared().checkout(desktop_.presenter(), options);
 }
 
 void Merchant::onCheckoutResponse(const Dictionary& data) {
@@ -150,7 +153,7 @@ void Merchant::onCheckoutResponse(const Dictionary& data) {
         printLabelled("host", key + ": " + platform::description(value));
     }
     if (data.empty()) printLabelled("host", "(an empty dictionary)");
-    window_->showResult(data);
+    desktop_.showResult(data);
 }
 
 void Merchant::rememberOrder(const std::string& token) const {
@@ -165,7 +168,7 @@ std::string Merchant::rememberedOrder() const {
 bool Merchant::savePng(const std::string& name) {
     if (options_.pngFolder.empty()) return true;
     const std::string path = options_.pngFolder + "/" + name + ".png";
-    if (!window_->window() || !platform_.savePng(window_->window(), path)) return false;
+    if (!desktop_.isOpen() || !desktop_.savePng(path)) return false;
     printLabelled("png", path);
     return true;
 }
@@ -197,16 +200,14 @@ std::vector<Step> Merchant::stepsOfCustomer() const {
 }
 
 void Merchant::startCustomer(std::vector<Step> steps) {
-    AutomaticCustomer::Surroundings surroundings;
-    surroundings.window = window_->window();
-    surroundings.savePng = [this](const std::string& name) { return savePng(name); };
-    surroundings.pay = [this] { pay(); };
-    surroundings.deviceBack = [] { ZorvikCheckoutSDK::shared().handleDeviceBackButtonPress(); };
-    surroundings.setFault = [this](const std::string& fault, bool isOn, auto done) {
-        setFault(fault, isOn, std::move(done));
-    };
-    surroundings.isHandedOff = [] {
-        return UserDefaults::standard().object(recordKeys[2]).has_value();
+    AutomaticCustomer::Surroundings surroundings{
+        .desktop = desktop_,
+        .savePng = [this](const std::string& name) { return savePng(name); },
+        .pay = [this] { pay(); },
+        .deviceBack = [] { ZorvikCheckoutSDK::shared().handleDeviceBackButtonPress(); },
+        .setFault = [this](const std::string& fault, bool isOn,
+                           auto done) { setFault(fault, isOn, std::move(done)); },
+        .isHandedOff = [] { return UserDefaults::standard().object(recordKeys[2]).has_value(); },
     };
     customer_ = std::make_unique<AutomaticCustomer>(std::move(steps), std::move(surroundings));
     customer_->start([this](const std::string& waitedFor) {

@@ -5,9 +5,8 @@
 #include <string>
 
 #include "examples/merchant/AutomaticCustomer.h"
-#include "examples/merchant/MerchantWindow.h"
+#include "examples/merchant/Desktop.h"
 #include "examples/merchant/Scenario.h"
-#include "platform/gtk/GtkPlatform.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutDelegates.h"
 
 namespace zorvik::demo {
@@ -21,12 +20,10 @@ struct MerchantOptions {
     bool resumesOrder = false;  // checks out the remembered order instead of a new one
 };
 
-// The shop: a basket, a checkout, its result. Owns the window; the platform outlives it. Main
-// thread only.
+// The shop: a basket, a checkout, its result. The desktop outlives it. Main thread only.
 class Merchant : public ZorvikCheckoutSDKDelegate, public std::enable_shared_from_this<Merchant> {
   public:
-    static std::shared_ptr<Merchant> open(platform::gtk::GtkPlatform& platform,
-                                          MerchantOptions options);
+    static std::shared_ptr<Merchant> open(Desktop& desktop, MerchantOptions options);
 
     // Until the story ended or the window was closed; with an automatic customer, two minutes at
     // most. True when the host was called.
@@ -35,7 +32,7 @@ class Merchant : public ZorvikCheckoutSDKDelegate, public std::enable_shared_fro
     void onCheckoutResponse(const platform::Dictionary& data) override;
 
   private:
-    Merchant(platform::gtk::GtkPlatform& platform, MerchantOptions options);
+    Merchant(Desktop& desktop, MerchantOptions options);
 
     void configureCore();
     void pay();
@@ -48,10 +45,8 @@ class Merchant : public ZorvikCheckoutSDKDelegate, public std::enable_shared_fro
     std::vector<Step> stepsOfCustomer() const;
     void startCustomer(std::vector<Step> steps);
 
-    platform::gtk::GtkPlatform& platform_;
+    Desktop& desktop_;
     const MerchantOptions options_;
-    std::unique_ptr<MerchantWindow> window_;
-    std::shared_ptr<platform::UIViewController> presenter_;
     std::unique_ptr<AutomaticCustomer> customer_;
     unsigned hostCalls_ = 0;
     std::optional<std::string> stuckAt_;

@@ -1,8 +1,6 @@
 // zorvik-demo-merchant: a small shop that takes its payment through the checkout component, with
-// the development core services and the desktop port. Ends with 0 only when the shop was told of
+// the development core services and a desktop port. Ends with 0 only when the shop was told of
 // the checkout's outcome.
-#include <glib.h>
-
 #include <cstdlib>
 #include <iostream>
 #include <optional>
@@ -77,19 +75,16 @@ int main(int count, char** arguments) {
     if (!options) return 2;
     if (options->hasAutomaticCustomer) {
         // The UPI apps inherit what their customer does.
-        g_setenv("ZORVIK_DEMO_UPI", options->scenario->upiAnswer.c_str(), TRUE);
-        g_setenv("ZORVIK_DEMO_UPI_DELAY", std::to_string(options->scenario->upiDelay).c_str(),
-                 TRUE);
-        g_setenv("ZORVIK_DEMO_PNG_FOLDER", options->pngFolder.c_str(), TRUE);
+        setenv("ZORVIK_DEMO_UPI", options->scenario->upiAnswer.c_str(), 1);
+        setenv("ZORVIK_DEMO_UPI_DELAY", std::to_string(options->scenario->upiDelay).c_str(), 1);
+        setenv("ZORVIK_DEMO_PNG_FOLDER", options->pngFolder.c_str(), 1);
     }
     zorvik::demo::printConsoleLines();
-    zorvik::platform::gtk::GtkPlatformOptions platformOptions;
-    platformOptions.applicationId = "zorvik-demo-merchant";
-    const auto platform = zorvik::platform::gtk::GtkPlatform::make(platformOptions);
-    if (!platform) {
+    const auto desktop = zorvik::demo::Desktop::open();
+    if (!desktop) {
         std::cerr << "There is no display to open a window on\n";
         return 1;
     }
-    const auto merchant = zorvik::demo::Merchant::open(*platform, *options);
+    const auto merchant = zorvik::demo::Merchant::open(*desktop, *options);
     return merchant->run() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

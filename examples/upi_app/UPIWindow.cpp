@@ -6,6 +6,7 @@
 
 #include "examples/common/GtkPieces.h"
 #include "examples/common/HttpClient.h"
+#include "examples/common/Money.h"
 
 namespace zorvik::demo {
 
