@@ -1,11 +1,31 @@
 // zorvik-bare-window: what loading a page costs without the component. Opens a window, loads the
 // page in a web view of its own as often as asked, and prints the milliseconds from each view's
-// making to the page's finish in one line.
+// making to the page's finish in one line, then what the last page costs while it is idle.
+// usage: zorvik-bare-window URL TIMES
 #include <gtk/gtk.h>
 #include <webkit/webkit.h>
 
 #include <cstdlib>
 #include <iostream>
+
+#include "bench/ProcessTree.h"
+
+namespace {
+
+void wait(int milliseconds) {
+    bool isOver = false;
+    g_timeout_add(
+        static_cast<guint>(milliseconds),
+        [](gpointer over) -> gboolean {
+            *static_cast<bool*>(over) = true;
+            return G_SOURCE_REMOVE;
+        },
+        &isOver);
+    while (!isOver)
+        g_main_context_iteration(nullptr, TRUE);
+}
+
+}  // namespace
 
 int main(int count, char** arguments) {
     if (count != 3) {
@@ -17,11 +37,9 @@ int main(int count, char** arguments) {
     GtkWidget* window = gtk_window_new();
     gtk_window_set_default_size(GTK_WINDOW(window), 390, 760);
     gtk_window_present(GTK_WINDOW(window));
-    for (const gint64 settled = g_get_monotonic_time() + 500'000;
-         g_get_monotonic_time() < settled;) {
-        g_main_context_iteration(nullptr, FALSE);
-    }
+    wait(500);
 
+    std::cout << "loads";
     for (int i = 0; i < times; ++i) {
         const gint64 start = g_get_monotonic_time();
         GtkWidget* view = webkit_web_view_new();
@@ -40,14 +58,15 @@ int main(int count, char** arguments) {
         while (finished == 0) {
             g_main_context_iteration(nullptr, TRUE);
         }
-        std::cout << (i == 0 ? "" : " ") << static_cast<double>(finished - start) / 1000;
-        gtk_window_set_child(GTK_WINDOW(window), nullptr);
-        for (const gint64 rested = g_get_monotonic_time() + 300'000;
-             g_get_monotonic_time() < rested;) {
-            g_main_context_iteration(nullptr, FALSE);
+        std::cout << ' ' << static_cast<double>(finished - start) / 1000;
+        wait(1500);
+        if (i + 1 == times) {
+            std::cout << "\nidle";
+            zorvik::bench::printIdle(wait);
         }
+        gtk_window_set_child(GTK_WINDOW(window), nullptr);
+        wait(300);
     }
-    std::cout << std::endl;
     gtk_window_destroy(GTK_WINDOW(window));
     return 0;
 }
