@@ -26,7 +26,8 @@ constexpr const char* rules = R"css(
 #shop QLabel { color: #17212d; font-size: 15px; }
 #head { background: #0b6560; }
 #shop #head QLabel { color: #ffffff; font-size: 17px; font-weight: 700; }
-#shop #monogram { background: rgba(255, 255, 255, 46); border-radius: 12px; }
+#shop #head #monogram { background: rgba(255, 255, 255, 46); border-radius: 12px;
+    font-size: 13px; }
 #shop #card { background: #ffffff; border: 1px solid #dfe4ea; border-radius: 16px; }
 #rule { background: #e6eaef; }
 #shop #section { font-size: 22px; font-weight: 700; }
@@ -176,8 +177,8 @@ void QtDesktop::start(Events events) {
     window_->setStyleSheet(rules);
     window_->setWindowTitle(shopName);
     window_->resize(390, 844);
-    for (const QKeySequence key : {Qt::Key_Escape, Qt::Key_Back, Qt::ALT | Qt::Key_Left}) {
-        auto* const shortcut = new QShortcut(key, window_.get());
+    for (const char* key : {"Escape", "Back", "Alt+Left"}) {
+        auto* const shortcut = new QShortcut(QKeySequence(key), window_.get());
         QObject::connect(shortcut, &QShortcut::activated, [this] {
             if (events_.isCheckoutOpen()) events_.back();
         });
