@@ -4,7 +4,7 @@
 
 #include "platform/webkit/WKWebView.h"
 #include "tests/contract/ContractTest.h"
-#include "tests/platform/gtk/GtkPortTest.h"
+#include "tests/platform/desktop/DesktopPortTest.h"
 #include "tests/support/RawServer.h"
 
 namespace zorvik::tests {
@@ -12,12 +12,12 @@ namespace {
 
 using testing::ElementsAre;
 
-class WebPageTest : public GtkPortTest {
+class WebPageTest : public DesktopPortTest {
   protected:
-    explicit WebPageTest(const gtk::GtkPlatformOptions& options = {.applicationId = "zorvik-test",
+    explicit WebPageTest(const PlatformOptions& options = {.applicationId = "zorvik-test",
                                                                    .keepsSparePage = false,
                                                                    .hungPageSeconds = 2})
-        : GtkPortTest(options) {
+        : DesktopPortTest(options) {
         server.replyPage("/page", "<a id=a target=_blank href=/link>link</a>");
     }
 
@@ -260,7 +260,7 @@ std::vector<std::string> seenByPages(gtk::PageData data) {
     std::vector<std::string> seen;
     for (const int pages : {2, 1}) {
         const auto platform =
-            gtk::GtkPlatform::make({.applicationId = "page-data", .pageData = data});
+            Platform::make({.applicationId = "page-data", .pageData = data});
         for (int number = 0; number < pages; ++number) {
             const auto page = makeOnMainThread<WKWebView>(Rect{}, WKWebViewConfiguration());
             const auto before = std::ssize(server.requests());
@@ -299,7 +299,7 @@ std::shared_ptr<WKWebView> viewPastThePlatform() {
     server.reply("/slow",
                  "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\n\r\n<p>" + std::string(2000, '-'),
                  true);
-    const auto platform = gtk::GtkPlatform::make({.applicationId = "zorvik-test"});
+    const auto platform = Platform::make({.applicationId = "zorvik-test"});
     const auto delegate = std::make_shared<contract::Recorder>();
     auto view = makeOnMainThread<WKWebView>(Rect{}, WKWebViewConfiguration());
     view->setNavigationDelegate(delegate);
@@ -326,7 +326,7 @@ TEST(PagePastThePlatformTest, ItsProcessEndsAndAnyThreadMayUseItLast) {
         auto view = viewPastThePlatform();
         {
             const auto next =
-                gtk::GtkPlatform::make({.applicationId = "zorvik-test", .keepsSparePage = false});
+                Platform::make({.applicationId = "zorvik-test", .keepsSparePage = false});
             EXPECT_TRUE(askUntil(*next, [&] { return webProcesses().size() <= earlier; }));
         }
         if (isOnOtherThread) {
