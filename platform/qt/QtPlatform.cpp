@@ -149,6 +149,7 @@ QWidget* QtPlatform::openWindow(const std::string& title, const Size& size,
     window->setWindowTitle(QString::fromStdString(title));
     window->resize(static_cast<int>(size.width), static_cast<int>(size.height));
     window->show();
+    window->activateWindow();  // where no window manager does
     return window;
 }
 
