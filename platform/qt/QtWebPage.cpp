@@ -139,8 +139,13 @@ void QtWebPage::start(int request) {
     watch_.start(requestTimeout_);
     hasProcess_ = true;
     const auto reports = navigation_.allowRequest();
-    page_->load(url);
+    loadInEngine(url);
     report(reports);
+}
+
+void QtWebPage::loadInEngine(const QUrl& url) {
+    awaitsOwnQuestion_ = true;
+    page_->load(url);
 }
 
 void QtWebPage::stopLoading() {

@@ -68,6 +68,7 @@ class QtWebPage : public WebPage, private EnginePage::Owner {
 
     void begin(int request);
     void start(int request);
+    void loadInEngine(const QUrl& url);
     void stopEngine();
     void timedOut();
     void askProcess(double patience);
@@ -98,6 +99,7 @@ class QtWebPage : public WebPage, private EnginePage::Owner {
     PageNavigation navigation_;
     int request_ = 0;  // grows with each load() and stopLoading()
     double requestTimeout_ = 0;
+    bool awaitsOwnQuestion_ = false;  // the engine asks about a load() as well
     bool isPost_ = false;             // the main frame's last request
     bool hasProcess_ = true;          // none between its end and the next load
     bool awaitsProcessEnd_ = false;   // a load waits for it

@@ -76,11 +76,13 @@ bool QtWebPage::pageAsks(const QUrl& url, QWebEnginePage::NavigationType type, b
         answeredUrls_.erase(place);
         return true;
     }
-    // Only load() types an address, and that one was asked for.
-    if (isMainFrame && type == QWebEnginePage::NavigationTypeTyped) return canOpen(url);
-    const auto kind = isMainFrame
-                          ? navigation_.kindOf(type == QWebEnginePage::NavigationTypeRedirect)
-                          : PageNavigation::QuestionKind::navigation;
+    // What load() gives it was asked for before.
+    const bool isTyped = type == QWebEnginePage::NavigationTypeTyped;
+    if (isMainFrame && isTyped && std::exchange(awaitsOwnQuestion_, false)) return canOpen(url);
+    // A redirect to another application's address is called by the name of what was redirected.
+    const bool isRedirect = type == QWebEnginePage::NavigationTypeRedirect || !canOpen(url);
+    const auto kind =
+        isMainFrame ? navigation_.kindOf(isRedirect) : PageNavigation::QuestionKind::navigation;
     if (isMainFrame) {
         if (!report(navigation_.ask(textOf(url), kind))) return false;
         if (kind == PageNavigation::QuestionKind::navigation) dropLateQuestions();
@@ -141,7 +143,7 @@ void QtWebPage::answered(Question& question) {
 void QtWebPage::letGoOn(const std::shared_ptr<Question>& question) {
     const bool isAllowed = *question->answer == NavigationDecision::allow;
     const bool isRedirect = question->kind == PageNavigation::QuestionKind::redirect;
-    if (isRedirect && isAllowed && question->canBeOpened) page_->load(question->url);
+    if (isRedirect && isAllowed && question->canBeOpened) loadInEngine(question->url);
     if (question->job && isAllowed) {
         answeredUrls_.push_back(question->url);
         question->job->redirect(question->url);
