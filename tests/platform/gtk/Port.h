@@ -19,6 +19,7 @@ using Platform = platform::gtk::GtkPlatform;
 using PlatformOptions = platform::gtk::GtkPlatformOptions;
 using Window = GtkWindow;
 constexpr const char* webProcessName = "WebKitWebProces";
+constexpr bool webProcessesAreCopies = false;
 
 inline void presentWindow(Window* window) {
     gtk_window_present(window);

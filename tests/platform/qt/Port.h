@@ -12,6 +12,8 @@ using Platform = platform::qt::QtPlatform;
 using PlatformOptions = platform::qt::QtPlatformOptions;
 using Window = QWidget;
 constexpr const char* webProcessName = "QtWebEngineProc";
+// Of a process of that name, which runs no page itself.
+constexpr bool webProcessesAreCopies = true;
 
 inline void presentWindow(Window* window) {
     window->show();
