@@ -113,7 +113,7 @@ std::optional<Said> parse(const QString& text) {
     return Said{Said::Kind::message, {}, rest.left(space).toInt(), *body};
 }
 
-QString panelScript(const QString& token) {
+QString refusalScript(const QString& token) {
     return QStringLiteral(R"((() => {
     const Request = XMLHttpRequest, {stringify, parse} = JSON, open = window.open;
     const ask = (kind, values) => {
@@ -128,7 +128,9 @@ QString panelScript(const QString& token) {
     window.alert = function alert(...values) { ask('a', values.slice(0, 1)); };
     window.confirm = function confirm(...values) { return ask('c', values.slice(0, 1)) === true; };
     window.prompt = function prompt(...values) { return ask('p', values.slice(0, 2)); };
-    // Nothing opens, which the engine itself keeps to itself.
+    // Nothing can be dropped here, and Qt would stop the main queue for as long as one drags.
+    addEventListener('dragstart', event => event.preventDefault(), true);
+    // Nothing opens, which the engine does not tell.
     window.open = function (...values) { open.apply(window, values); return null; };
 })())")
         .arg(QLatin1String(PageScheme::name), token);

@@ -29,8 +29,9 @@ QString documentScript(const QString& token);
 // For the page's world, at the start of each document or later: handlers by number.
 QString handlerScript(const QString& token, const std::map<int, std::string>& handlers);
 QString removalScript(const std::string& handler);
-// For the page's world: panels wait for their answer at an address of PageScheme's.
-QString panelScript(const QString& token);
+// For the page's world, at the start of each document: panels wait for their answer at an address
+// of PageScheme's, window.open gives null, nothing can be dragged.
+QString refusalScript(const QString& token);
 // The panel that a page asks for at such an address.
 std::optional<ScriptPanel> parsePanel(const QString& query);
 QByteArray panelReply(ScriptPanel::Kind kind, const ScriptPanelAnswer& answer);

@@ -67,7 +67,7 @@ QtWebPage::QtWebPage(std::unique_ptr<EnginePage> page, const WebPageConfiguratio
     page_->setVisible(true);  // nothing is throttled before the stage shows it
     insertScript("document", pageScripts::documentScript(page_->token()),
                  QWebEngineScript::ApplicationWorld, false);
-    insertScript("panels", pageScripts::panelScript(page_->token()), world_, true);
+    insertScript("refusals", pageScripts::refusalScript(page_->token()), world_, true);
 }
 
 QtWebPage::~QtWebPage() {

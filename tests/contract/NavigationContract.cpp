@@ -195,6 +195,7 @@ TEST_F(NavigationContract, StoppingFailsALoadByItsPhaseAndADeadWebProcessBeforeA
         expectEvents(before + ", " + row.failure);
     }
     EXPECT_EQ(view->url(), std::nullopt);
+    recorder->events.clear();
     loadPlainPage();
     post("again");
     EXPECT_TRUE(waitFor("message string again"));

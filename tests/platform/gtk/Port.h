@@ -20,6 +20,12 @@ using PlatformOptions = platform::gtk::GtkPlatformOptions;
 using Window = GtkWindow;
 constexpr const char* webProcessName = "WebKitWebProces";
 constexpr bool webProcessesAreCopies = false;
+// A page's web process runs the next page too.
+constexpr bool handsProcessesOn = true;
+// From where a menu opens to the middle of one of its items.
+constexpr int downToMenuItem(int index) {
+    return 25 + 30 * index;
+}
 
 inline void presentWindow(Window* window) {
     gtk_window_present(window);

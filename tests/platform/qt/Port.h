@@ -14,6 +14,11 @@ using Window = QWidget;
 constexpr const char* webProcessName = "QtWebEngineProc";
 // Of a process of that name, which runs no page itself.
 constexpr bool webProcessesAreCopies = true;
+constexpr bool handsProcessesOn = false;
+// From where a menu opens to the middle of one of its items.
+constexpr int downToMenuItem(int index) {
+    return 11 + 22 * index;
+}
 
 inline void presentWindow(Window* window) {
     window->show();
