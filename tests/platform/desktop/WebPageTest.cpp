@@ -268,7 +268,12 @@ std::vector<std::string> seenByPages(desktop::PageData data) {
         };
     };
     std::vector<std::string> seen;
+    const std::string folder = std::string(std::getenv("XDG_DATA_HOME")) + "/page-data/pages";
     for (const int pages : {2, 1}) {
+        if (pages == 1 && data == desktop::PageData::onDisk) {
+            const auto between = Platform::make({.applicationId = "zorvik-test"});
+            EXPECT_TRUE(askUntil(*between, [&] { return hasWrittenCookies(folder); }));
+        }
         const auto platform = Platform::make({.applicationId = "page-data", .pageData = data});
         for (int number = 0; number < pages; ++number) {
             const auto page = makeOnMainThread<WKWebView>(Rect{}, WKWebViewConfiguration());

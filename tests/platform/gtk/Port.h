@@ -22,6 +22,9 @@ constexpr const char* webProcessName = "WebKitWebProces";
 constexpr bool webProcessesAreCopies = false;
 // A page's web process runs the next page too.
 constexpr bool handsProcessesOn = true;
+inline bool hasWrittenCookies(const std::string&) {
+    return true;
+}
 // From where a menu opens to the middle of one of its items.
 constexpr int downToMenuItem(int index) {
     return 25 + 30 * index;

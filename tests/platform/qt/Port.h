@@ -2,6 +2,10 @@
 
 #include <QPointer>
 #include <QWidget>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
 
 #include "platform/qt/QtPlatform.h"
 
@@ -15,6 +19,18 @@ constexpr const char* webProcessName = "QtWebEngineProc";
 // Of a process of that name, which runs no page itself.
 constexpr bool webProcessesAreCopies = true;
 constexpr bool handsProcessesOn = false;
+// Whether the engine has let go of the cookies in this folder, which it does some time after its
+// platform has ended.
+inline bool hasWrittenCookies(const std::string& folder) {
+    std::error_code ignored;
+    for (const auto& open : std::filesystem::directory_iterator("/proc/self/fd", ignored)) {
+        if (std::filesystem::read_symlink(open.path(), ignored) == folder + "/Cookies")
+            return false;
+    }
+    std::ostringstream text;
+    text << std::ifstream(folder + "/Cookies").rdbuf();
+    return text.str().find("127.0.0.1") != std::string::npos;
+}
 // From where a menu opens to the middle of one of its items.
 constexpr int downToMenuItem(int index) {
     return 11 + 22 * index;
