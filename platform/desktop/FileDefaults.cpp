@@ -80,6 +80,11 @@ bool makeFolder(const std::filesystem::path& folder) {
 
 }  // namespace
 
+bool canNameFolder(const std::string& name) {
+    return !name.empty() && name != "." && name != ".." &&
+           name.find_first_of(std::string("/\0", 2)) == std::string::npos;
+}
+
 FileDefaults::FileDefaults(std::filesystem::path file) : file_(std::move(file)) {
     if (load() != Loading::damaged) return;
     const OpenFile guard(withEnding(file_, ".lock"), O_RDWR | O_CREAT);

@@ -11,6 +11,9 @@
 
 namespace zorvik::platform::desktop {
 
+// Whether the file's folder can have this name.
+bool canNameFolder(const std::string& name);
+
 // Entries in one JSON file, stored when the call returns: the file is replaced as a whole, once a
 // call, so a crash leaves the old one or the new one. What cannot be stored is told on standard
 // error, counts here all the same, and goes with the next store that succeeds, at the latest with

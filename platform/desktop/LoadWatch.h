@@ -12,6 +12,9 @@ namespace zorvik::platform::desktop {
 // by its page; main thread only.
 class LoadWatch {
   public:
+    // For a load whose request names no time-out, and for one that the page starts.
+    static constexpr double defaultSeconds = 60;
+
     explicit LoadWatch(std::function<void()> expired) : expired_(std::move(expired)) {}
     LoadWatch(const LoadWatch&) = delete;
     LoadWatch& operator=(const LoadWatch&) = delete;

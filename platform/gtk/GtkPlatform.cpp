@@ -20,11 +20,6 @@
 namespace zorvik::platform::gtk {
 namespace {
 
-bool canNameFolder(const std::string& name) {
-    return !name.empty() && name != "." && name != ".." &&
-           name.find_first_of(std::string("/\0", 2)) == std::string::npos;
-}
-
 GtkWebEngineOptions engineOptions(const GtkPlatformOptions& options) {
     GtkWebEngineOptions engine;
     engine.keepsSparePage = options.keepsSparePage;
@@ -88,7 +83,7 @@ struct GtkPlatform::Parts {
 };
 
 std::unique_ptr<GtkPlatform> GtkPlatform::make(const GtkPlatformOptions& options) {
-    if (!canNameFolder(options.applicationId)) {
+    if (!desktop::canNameFolder(options.applicationId)) {
         std::fprintf(stderr, "zorvik: \"%s\" cannot name the application's folder\n",
                      options.applicationId.c_str());
         return nullptr;

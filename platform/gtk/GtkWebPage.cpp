@@ -5,14 +5,16 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/desktop/WebPageError.h"
 #include "platform/gtk/GtkWebEngine.h"
-#include "platform/gtk/WebPageError.h"
 #include "platform/runtime/Environment.h"
 
 namespace zorvik::platform::gtk {
+
+using desktop::ProcessProbe, desktop::webPageError, desktop::WebPageErrorCode;
+
 namespace {
 
-constexpr double defaultTimeout = 60;
 // How long a web process may owe an answer after a load that made no progress, and when a new load
 // is to start.
 constexpr double patienceAfterTimeout = 5;
@@ -123,9 +125,10 @@ void GtkWebPage::load(const URLRequest& request) {
         endProcess();
     }
     isRequested_ = true;
-    requestTimeout_ = request.timeoutInterval > 0 ? request.timeoutInterval : defaultTimeout;
+    requestTimeout_ =
+        request.timeoutInterval > 0 ? request.timeoutInterval : desktop::LoadWatch::defaultSeconds;
     // The request's own time counts from its start: first a web process may have to come up.
-    watch_.start(std::max(requestTimeout_, defaultTimeout));
+    watch_.start(std::max(requestTimeout_, desktop::LoadWatch::defaultSeconds));
     webkit_web_view_load_uri(view_.get(), request.url.absoluteString().c_str());
 }
 
@@ -208,7 +211,7 @@ void GtkWebPage::loadChanged(int event) {
     switch (event) {
         case WEBKIT_LOAD_STARTED:
             isOwnLoad_ = std::exchange(isRequested_, false);
-            watch_.start(isOwnLoad_ ? requestTimeout_ : defaultTimeout);
+            watch_.start(isOwnLoad_ ? requestTimeout_ : desktop::LoadWatch::defaultSeconds);
             state_ = LoadState::provisional;
             refusedRedirect_.reset();
             if (delegate) delegate->pageStarted();
@@ -275,7 +278,8 @@ void GtkWebPage::customerActed() {
 void GtkWebPage::askProcess(double patience) {
     if (probe_) return;
     probe_ = std::make_unique<ProcessProbe>(
-        Environment::scheduler(), view_.get(), patience, [this](ProcessProbe::Answer answer) {
+        Environment::scheduler(), askOf(view_.get()), patience,
+        [this](ProcessProbe::Answer answer) {
             probe_.reset();
             // A script waits for the answer to its panel as long as it takes.
             if (answer == ProcessProbe::Answer::silent && openPanel_.expired()) endProcess();

@@ -7,8 +7,8 @@
 #include <string>
 
 #include "platform/desktop/LoadWatch.h"
+#include "platform/desktop/ProcessProbe.h"
 #include "platform/gtk/ObjectPointer.h"
-#include "platform/gtk/ProcessProbe.h"
 #include "platform/services/WebEngine.h"
 
 typedef struct _GAsyncResult GAsyncResult;
@@ -103,7 +103,7 @@ class GtkWebPage : public WebPage {
     bool showsPage_ = false;  // one was committed, and its web process lives
 
     desktop::LoadWatch watch_;
-    std::unique_ptr<ProcessProbe> probe_;
+    std::unique_ptr<desktop::ProcessProbe> probe_;
     std::weak_ptr<void> openPanel_;
 
     Evaluations evaluations_;

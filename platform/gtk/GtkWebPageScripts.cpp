@@ -2,13 +2,15 @@
 
 #include <utility>
 
+#include "platform/desktop/WebPageError.h"
 #include "platform/foundation/Data.h"
 #include "platform/gtk/GtkWebPage.h"
 #include "platform/gtk/ScriptValues.h"
-#include "platform/gtk/WebPageError.h"
 #include "platform/runtime/Environment.h"
 
 namespace zorvik::platform::gtk {
+
+using desktop::webPageError, desktop::WebPageErrorCode;
 
 struct GtkWebPage::Evaluation {
     Completion completion;  // empty once it was called

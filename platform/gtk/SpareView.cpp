@@ -5,6 +5,9 @@
 #include <utility>
 
 namespace zorvik::platform::gtk {
+
+using desktop::ProcessProbe;
+
 namespace {
 
 // A page may go in the middle of some work; a process that starts on a busy machine takes longer.
@@ -23,7 +26,8 @@ SpareView::SpareView(Scheduler& scheduler, ObjectPointer<WebKitWebView> view, Or
         }),
         this);
     probe_ = std::make_unique<ProcessProbe>(
-        scheduler, view_.get(), origin == Origin::pastPage ? pastPagePatience : startPatience,
+        scheduler, askOf(view_.get()),
+        origin == Origin::pastPage ? pastPagePatience : startPatience,
         [this](ProcessProbe::Answer answer) {
             become(answer == ProcessProbe::Answer::answers ? State::answered : State::lost);
         });
@@ -38,6 +42,19 @@ SpareView::~SpareView() {
 void endWithProcess(WebKitWebView* view) {
     webkit_web_view_terminate_web_process(view);
     g_object_run_dispose(G_OBJECT(view));
+}
+
+ProcessProbe::Ask askOf(WebKitWebView* view) {
+    return [view](std::function<void()> ran) {
+        webkit_web_view_evaluate_javascript(
+            view, "1", 1, nullptr, nullptr, nullptr,
+            [](GObject*, GAsyncResult*, gpointer data) {
+                const std::unique_ptr<std::function<void()>> held(
+                    static_cast<std::function<void()>*>(data));
+                (*held)();
+            },
+            new std::function<void()>(std::move(ran)));
+    };
 }
 
 ObjectPointer<WebKitWebView> SpareView::take() {

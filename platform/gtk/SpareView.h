@@ -3,8 +3,8 @@
 #include <functional>
 #include <memory>
 
+#include "platform/desktop/ProcessProbe.h"
 #include "platform/gtk/ObjectPointer.h"
-#include "platform/gtk/ProcessProbe.h"
 
 typedef struct _WebKitWebView WebKitWebView;
 
@@ -43,10 +43,12 @@ class SpareView {
     const Origin origin_;
     const std::function<void(SpareView&)> changed_;
     State state_ = State::asked;
-    std::unique_ptr<ProcessProbe> probe_;
+    std::unique_ptr<desktop::ProcessProbe> probe_;
 };
 
 // Ends a view with its web process. Main thread.
 void endWithProcess(WebKitWebView* view);
+// How a ProcessProbe asks the web process of a view, which outlives the probe.
+desktop::ProcessProbe::Ask askOf(WebKitWebView* view);
 
 }  // namespace zorvik::platform::gtk

@@ -320,7 +320,7 @@ void ScriptedPage::navigate(const std::string& url) {
                                 withoutFragment(page.committedUrl_->absoluteString()) ==
                                     withoutFragment(target->absoluteString());
         if (isFragment) {
-            page.ask(url, [target](ScriptedPage& asked) { asked.committedUrl_ = target; });
+            page.committedUrl_ = target;
             return;
         }
         const auto load = std::make_shared<Load>(URLRequest{*target}, false);

@@ -80,7 +80,7 @@ class ZORVIK_API ScriptedPage : public WebPage {
     ~ScriptedPage() override;
 
     // The page goes to another address, as a link or script in it would. One that differs in its
-    // fragment only is asked for and then just changes the address.
+    // fragment only just changes the address.
     void navigate(const std::string& url);
     // The page pushes a state: its address changes, nothing is reported.
     void replaceUrl(const std::string& url);

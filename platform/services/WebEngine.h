@@ -42,19 +42,22 @@ struct ScriptPanelAnswer {
 
 // What a page reports, on the main thread. Implemented by the toolkit's web view.
 //
-// Every navigation (page-started ones, redirects, sub-frames) is asked for first. One that is
-// cancelled reports nothing more. A main-frame load reports started, then committed and finished,
-// or exactly one failure: before its commit or after it. A web process that dies, or no longer
-// answers and is ended, is one failure before a commit, whatever it was doing, an idle page too:
-// nothing is left of what was committed. No load follows by itself. What a page that is shown
-// starts, and what turns out to be no page (a document to save, an empty answer), is cancelled
-// like that by the engine; asked for by load(), it fails. Nothing is reported after the
-// page's destruction.
+// Every navigation to another document (the host's, the page's, redirects, sub-frames) is asked for
+// first. One within the document, to about:blank, or that the engine refuses by itself may be asked
+// for or not, as the engine does. One that is cancelled reports nothing more. A main-frame load
+// reports started, then committed and finished, or exactly one failure: before its commit or after
+// it. A web process that dies, or no longer answers and is ended, is one failure before a commit,
+// whatever it was doing, an idle page too: nothing is left of what was committed. No load follows
+// by itself. What a page that is shown starts, and what turns out to be no page (a document to
+// save, an empty answer), is cancelled like that by the engine; asked for by load(), it fails.
+// Nothing is reported after the page's destruction.
 class ZORVIK_API WebPageDelegate {
   public:
     virtual ~WebPageDelegate() = default;
 
-    // The answer may come later; dropping it unanswered cancels. No URL: the engine named none.
+    // The answer may come later; dropping it unanswered cancels. An engine that cannot keep a
+    // posted form waiting cancels it when the answer is not given inside this call. No URL: the
+    // engine named none.
     virtual void pageAsksToNavigate(const std::optional<URL>& url,
                                     std::function<void(NavigationDecision)> decide) = 0;
     virtual void pageStarted() = 0;

@@ -10,7 +10,7 @@
 #include "platform/uikit/UILabel.h"
 #include "platform/webkit/WKWebView.h"
 #include "testkit/RecordingDelegate.h"
-#include "tests/platform/gtk/GtkPortTest.h"
+#include "tests/platform/desktop/DesktopPortTest.h"
 #include "tests/support/RawServer.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDK.h"
 
@@ -20,9 +20,9 @@ namespace {
 using testing::ElementsAre;
 
 // The real engine, the development core and a server of checkout pages.
-class CheckoutRoad : public GtkPortTest {
+class CheckoutRoad : public DesktopPortTest {
   protected:
-    CheckoutRoad() : GtkPortTest({.applicationId = "zorvik-test"}) {
+    CheckoutRoad() : DesktopPortTest({.applicationId = "zorvik-test"}) {
         setConsoleSink([this](std::string_view line) { console.emplace_back(line); });
         server.replyPage("/checkout",
                          "<script>window.received = []; window.zorvik_web = { UPIIntentAvailable: "

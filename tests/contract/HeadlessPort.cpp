@@ -24,7 +24,6 @@ std::optional<ScriptedLoad> answerLoad(const std::string& url) {
         {server + "/redirect-upi", {{}, {"upi://pay?tr=1"}}},
         {server + "/no-content", {Ending::nothingToShow, {}}},
         {server + "/attachment", {Ending::nothingToShow, {}}},
-        {"data:text/html,other", {Ending::nothingToShow, {}}},
         {server + "/closes-half-way", {Ending::failAfterCommit, {}}},
         {server + "/slow-forever", {Ending::hang, {}}},
         {server + "/slow-body", {Ending::hangAfterCommit, {}}},

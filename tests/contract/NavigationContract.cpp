@@ -2,7 +2,7 @@
 
 namespace zorvik::contract {
 
-using testing::ElementsAre;
+using testing::AnyOf, testing::ElementsAre;
 
 class NavigationContract : public ContractTest {
   protected:
@@ -70,8 +70,6 @@ TEST_F(NavigationContract, ACancelledNavigationReportsNothingMoreAndThePageLives
          [&] { port->pageNavigates(*view, port->url("/attachment").absoluteString()); }},
         {"", "ask /no-content, start",
          [&] { port->pageNavigates(*view, port->url("/no-content").absoluteString()); }},
-        {"", "ask data:text/html,other, start",
-         [&] { port->pageNavigates(*view, "data:text/html,other"); }},
     };
     for (const auto& row : cases) {
         recorder->events.clear();
@@ -91,14 +89,18 @@ TEST_F(NavigationContract, WhatThePageStartsIsAskedForAndKeepsTheOldAddressUntil
     expectEvents("ask /second");
     EXPECT_EQ(address(), "/plain");
     recorder->events.clear();
+    // Within the document some engines ask, and some mend a broken escape.
     port->pageNavigates(*view, port->url("/plain").absoluteString() + "#a%zz");
-    expectEvents("ask /plain#a%zz");
-    EXPECT_EQ(address(), "/plain#a%zz") << "a broken escape stays as the page wrote it";
+    waitUntil([&] { return address() != "/plain"; });
+    settle();
+    const std::string within = address();
+    EXPECT_THAT(within, AnyOf("/plain#a%zz", "/plain#a%25zz"));
+    EXPECT_THAT(joined(recorder->events), AnyOf("", "ask " + within));
     recorder->events.clear();
     recorder->addresses.clear();
     port->pageNavigates(*view, second);
     expectEvents("ask /second, start, commit /second, finish /second");
-    EXPECT_EQ(joined(recorder->addresses), "/plain#a%zz, /plain#a%zz, /second, /second");
+    EXPECT_EQ(joined(recorder->addresses), within + ", " + within + ", /second, /second");
 }
 
 TEST_F(NavigationContract, AnAnswerMayComeLateAndCountsOnce) {
@@ -193,6 +195,7 @@ TEST_F(NavigationContract, StoppingFailsALoadByItsPhaseAndADeadWebProcessBeforeA
         expectEvents(before + ", " + row.failure);
     }
     EXPECT_EQ(view->url(), std::nullopt);
+    recorder->events.clear();
     loadPlainPage();
     post("again");
     EXPECT_TRUE(waitFor("message string again"));

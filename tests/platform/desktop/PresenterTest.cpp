@@ -1,17 +1,7 @@
 // A window of the host's, the presenter it owns and the screens presented there.
 #include "platform/webkit/WKWebView.h"
-#include "tests/platform/gtk/GtkPortTest.h"
+#include "tests/platform/desktop/DesktopPortTest.h"
 #include "tests/support/RawServer.h"
-
-// GTK's own declarations: only its port includes its headers.
-extern "C" {
-GtkWindow* gtk_window_new();
-void gtk_window_present(GtkWindow* window);
-void gtk_window_close(GtkWindow* window);
-void* g_object_ref(void* object);
-void g_object_unref(void* object);
-void g_object_add_weak_pointer(void* object, void** location);
-}
 
 namespace zorvik::tests {
 namespace {
@@ -44,7 +34,7 @@ class RecordedScreen : public UIViewController {
     const std::shared_ptr<std::string> log_;
 };
 
-class PresenterTest : public GtkPortTest {
+class PresenterTest : public DesktopPortTest {
   protected:
     std::shared_ptr<RecordedScreen> makeScreen(const std::string& name) {
         return makeOnMainThread<RecordedScreen>(name, history);
@@ -63,10 +53,9 @@ class PresenterTest : public GtkPortTest {
 };
 
 TEST_F(PresenterTest, AWindowThatIsClosedTakesItsScreensAlongTopmostFirst) {
-    GtkWindow* const plain = gtk_window_new();
-    g_object_ref(plain);  // a host may hold a window that it has destroyed
-    gtk_window_present(plain);
-    const auto kept = platform->presenterFor(plain);
+    HostWindow plain;
+    presentWindow(plain.get());
+    const auto kept = platform->presenterFor(plain.get());
     auto a = makeScreen("a.");
     auto b = makeScreen("b.");
     bool isShown = false;
@@ -76,15 +65,12 @@ TEST_F(PresenterTest, AWindowThatIsClosedTakesItsScreensAlongTopmostFirst) {
     a.reset();
     b.reset();
     log.clear();
-    gtk_window_close(plain);
+    plain.destroy();
     EXPECT_EQ(log, "b.leaves! a.appears ") << "at once";
     EXPECT_TRUE(waitUntil([&] { return hasEnded("a."); }));
     EXPECT_EQ(log, "b.leaves! a.appears b.left! a.appeared a.leaves! b.ended a.left! a.ended ");
     EXPECT_EQ(kept->presentedViewController(), nullptr);
-    void* held = plain;
-    g_object_add_weak_pointer(plain, &held);
-    g_object_unref(plain);
-    EXPECT_EQ(held, nullptr) << "the port holds it no longer";
+    EXPECT_TRUE(plain.isReleased()) << "the port holds it no longer";
 }
 
 TEST_F(PresenterTest, WheneverTheWindowGoesTheScreenHearsOfItOnceAndIsReleased) {
@@ -104,7 +90,7 @@ TEST_F(PresenterTest, WheneverTheWindowGoesTheScreenHearsOfItOnceAndIsReleased) 
     for (const auto& row : cases) {
         SCOPED_TRACE(std::string(row.heard) + "closed in " + row.moment);
         log.clear();
-        GtkWindow* shown = platform->openWindow("shop", {300, 300});
+        Window* shown = platform->openWindow("shop", {300, 300});
         const auto close = [&] {
             if (shown != nullptr) platform->closeWindow(std::exchange(shown, nullptr));
         };
@@ -152,7 +138,7 @@ TEST_F(PresenterTest, AWindowMayGoInsideAReportOfThePageItShows) {
     server.replyPage("/page", "page");
     for (const bool isLate : {false, true}) {
         log.clear();
-        GtkWindow* const shop = platform->openWindow("shop", {300, 300});
+        Window* const shop = platform->openWindow("shop", {300, 300});
         const auto delegate = std::make_shared<ClosingDelegate>();
         delegate->close = [&] { platform->closeWindow(shop); };
         delegate->isLate = isLate;
@@ -171,10 +157,10 @@ TEST_F(PresenterTest, AWindowMayGoInsideAReportOfThePageItShows) {
 
 TEST_F(PresenterTest, AWindowThatOnlyHidesKeepsItsScreen) {
     show(makeScreen(""));
-    gtk_window_close(window);  // it hides on close
+    closeByCustomer(window);  // which hides it
     settle();
     EXPECT_EQ(log, "appears appeared ");
-    gtk_window_present(window);
+    presentWindow(window);
     settle();
     EXPECT_EQ(picture().at(300, 400), (Pixel{0, 255, 0}));
     EXPECT_NE(presenter->presentedViewController(), nullptr);
@@ -195,7 +181,7 @@ TEST_F(PresenterTest, WithoutAWindowAPresentationIsRefusedAndTheScreenTornDown) 
 }
 
 TEST_F(PresenterTest, AWindowOwnsItsPresenter) {
-    GtkWindow* const shop = platform->openWindow("shop", {300, 300});
+    Window* const shop = platform->openWindow("shop", {300, 300});
     const std::weak_ptr<UIViewController> owned = platform->presenterFor(shop);
     ASSERT_FALSE(owned.expired());
     platform->presenterFor(shop)->present(makeScreen(""), false);
@@ -211,24 +197,25 @@ TEST_F(PresenterTest, AWindowOwnsItsPresenter) {
 TEST(PresenterAtTheEndTest, APlatformThatGoesLetsGoOfAWindowThatStays) {
     const auto history = std::make_shared<std::string>();
     std::string& log = *history;
-    GtkWindow* stays = nullptr;
+    std::optional<HostWindow> stays;
     for (const std::string name : {"first.", "second."}) {
-        const auto platform = gtk::GtkPlatform::make({.applicationId = "zorvik-test"});
-        if (stays == nullptr) stays = gtk_window_new();
-        gtk_window_present(stays);
+        const auto platform = Platform::make({.applicationId = "zorvik-test"});
+        if (!stays) stays.emplace();
+        presentWindow(stays->get());
         log.clear();
-        platform->presenterFor(stays)->present(makeOnMainThread<RecordedScreen>(name, history),
-                                               false);
+        platform->presenterFor(stays->get())
+            ->present(makeOnMainThread<RecordedScreen>(name, history), false);
         const std::string shown = name + "appears " + name + "appeared ";
         EXPECT_TRUE(platform->runUntil([&] { return log == shown; }, 10)) << log;
         const std::string path = std::string(std::getenv("XDG_CACHE_HOME")) + "/stays.png";
         const auto isDrawn = [&] {
-            return platform->savePng(stays, path) && Picture(path).at(50, 50) == (Pixel{0, 255, 0});
+            return platform->savePng(stays->get(), path) &&
+                   Picture(path).at(50, 50) == (Pixel{0, 255, 0});
         };
         EXPECT_TRUE(platform->runUntil(isDrawn, 10));
     }
     EXPECT_TRUE(log.ends_with("second.ended ")) << log;
-    gtk_window_close(stays);
+    stays->destroy();
 }
 
 }  // namespace

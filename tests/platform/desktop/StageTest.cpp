@@ -2,7 +2,7 @@
 
 #include "platform/uikit/UIButton.h"
 #include "platform/webkit/WKWebView.h"
-#include "tests/platform/gtk/GtkPortTest.h"
+#include "tests/platform/desktop/DesktopPortTest.h"
 #include "tests/support/RawServer.h"
 
 namespace zorvik::tests {
@@ -19,7 +19,7 @@ struct TapCounter {
     void tapped() { ++taps; }
 };
 
-class StageTest : public GtkPortTest {
+class StageTest : public DesktopPortTest {
   protected:
     StageTest() { root.setBackgroundColor(UIColor::white()); }
 

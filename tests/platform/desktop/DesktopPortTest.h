@@ -13,23 +13,29 @@
 #include <string>
 #include <vector>
 
-#include "platform/gtk/GtkPlatform.h"
+#include ZORVIK_PORT_HEADER
 
 namespace zorvik::tests {
 
 using namespace zorvik::platform;
 
+inline bool isNamedAsWebProcess(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/comm");
+    std::string name;
+    return std::getline(file, name) && name == webProcessName;
+}
+
 // The processes below this one that run the engine's pages. Linux only.
 inline std::vector<pid_t> webProcesses(pid_t ancestor = getpid()) {
     std::vector<pid_t> found;
     std::error_code ignored;
+    const bool isOriginal = isNamedAsWebProcess(ancestor);
     const std::string tasks = "/proc/" + std::to_string(ancestor) + "/task";
     for (const auto& task : std::filesystem::directory_iterator(tasks, ignored)) {
         std::ifstream children(task.path() / "children");
         for (pid_t child = 0; children >> child;) {
-            std::ifstream file("/proc/" + std::to_string(child) + "/comm");
-            std::string name;
-            if (std::getline(file, name) && name == "WebKitWebProces") found.push_back(child);
+            if (isNamedAsWebProcess(child) && (isOriginal || !webProcessesAreCopies))
+                found.push_back(child);
             for (const pid_t grandchild : webProcesses(child))
                 found.push_back(grandchild);
         }
@@ -38,7 +44,7 @@ inline std::vector<pid_t> webProcesses(pid_t ancestor = getpid()) {
 }
 
 // Waits for what no turn of the main loop tells, such as another process's end.
-inline bool askUntil(gtk::GtkPlatform& platform, const std::function<bool()>& condition,
+inline bool askUntil(Platform& platform, const std::function<bool()>& condition,
                      double seconds = 10) {
     for (double waited = 0; !condition(); waited += 0.05) {
         if (waited > seconds) return false;
@@ -72,12 +78,12 @@ class Picture {
     std::vector<unsigned char> pixels_;
 };
 
-// The desktop port with one window on an X server of the test's own.
-class GtkPortTest : public testing::Test {
+// A desktop port with one window on an X server of the test's own.
+class DesktopPortTest : public testing::Test {
   protected:
-    explicit GtkPortTest(const gtk::GtkPlatformOptions& options = {.applicationId = "zorvik-test",
-                                                                   .keepsSparePage = false})
-        : platform(gtk::GtkPlatform::make(options)) {
+    explicit DesktopPortTest(const PlatformOptions& options = {.applicationId = "zorvik-test",
+                                                               .keepsSparePage = false})
+        : platform(Platform::make(options)) {
         screen->setModalPresentationStyle(UIModalPresentationStyle::fullScreen);
     }
 
@@ -116,8 +122,8 @@ class GtkPortTest : public testing::Test {
         xdotool("mousemove " + std::to_string(x) + " " + std::to_string(y) + " sleep 0.1 click 1");
     }
 
-    const std::unique_ptr<gtk::GtkPlatform> platform;
-    GtkWindow* const window = platform->openWindow("test", {600, 800});
+    const std::unique_ptr<Platform> platform;
+    Window* const window = platform->openWindow("test", {600, 800});
     const std::shared_ptr<UIViewController> presenter = platform->presenterFor(window);
     const std::shared_ptr<UIViewController> screen = makeOnMainThread<UIViewController>();
 };

@@ -1,10 +1,8 @@
-#include "platform/gtk/ProcessProbe.h"
-
-#include <webkit/webkit.h>
+#include "platform/desktop/ProcessProbe.h"
 
 #include <utility>
 
-namespace zorvik::platform::gtk {
+namespace zorvik::platform::desktop {
 namespace {
 
 // A page that was closed just before runs its last handlers after the first answer.
@@ -12,11 +10,11 @@ constexpr int answersNeeded = 2;
 
 }  // namespace
 
-ProcessProbe::ProcessProbe(Scheduler& scheduler, WebKitWebView* view, double seconds,
+ProcessProbe::ProcessProbe(Scheduler& scheduler, Ask ask, double seconds,
                            std::function<void(Answer)> done)
     : scheduler_(scheduler),
       start_(scheduler.steadySeconds()),
-      view_(view),
+      ask_(std::move(ask)),
       done_(std::move(done)),
       expiry_(scheduler.runOnMainAfter(seconds,
                                        [this] {
@@ -24,7 +22,7 @@ ProcessProbe::ProcessProbe(Scheduler& scheduler, WebKitWebView* view, double sec
                                            finish(Answer::silent);
                                        })),
       self_(std::make_shared<ProcessProbe*>(this)) {
-    ask();
+    askOnce();
 }
 
 ProcessProbe::~ProcessProbe() {
@@ -32,20 +30,15 @@ ProcessProbe::~ProcessProbe() {
     if (expiry_) scheduler_.cancel(*expiry_);
 }
 
-void ProcessProbe::ask() {
-    webkit_web_view_evaluate_javascript(
-        view_, "1", 1, nullptr, nullptr, nullptr,
-        [](GObject*, GAsyncResult*, gpointer data) {
-            const std::unique_ptr<std::shared_ptr<ProcessProbe*>> held(
-                static_cast<std::shared_ptr<ProcessProbe*>*>(data));
-            if (ProcessProbe* probe = **held) probe->answered();
-        },
-        new std::shared_ptr<ProcessProbe*>(self_));
+void ProcessProbe::askOnce() {
+    ask_([self = self_] {
+        if (*self != nullptr) (*self)->answered();
+    });
 }
 
 void ProcessProbe::answered() {
     if (++answers_ < answersNeeded) {
-        ask();
+        askOnce();
     } else if (answers_ == answersNeeded) {
         finish(Answer::answers);
     }
@@ -57,4 +50,4 @@ void ProcessProbe::finish(Answer answer) {
     done(answer);
 }
 
-}  // namespace zorvik::platform::gtk
+}  // namespace zorvik::platform::desktop

@@ -6,21 +6,21 @@
 
 #include "platform/services/Scheduler.h"
 
-typedef struct _WebKitWebView WebKitWebView;
+namespace zorvik::platform::desktop {
 
-namespace zorvik::platform::gtk {
-
-// Asks a view's web process whether it still runs scripts. The engine itself notices only that a
-// key or the wheel went unanswered. Owned by whoever asks, who may destroy it at
-// any time, inside the answer too; the view outlives it. Main thread only.
+// Asks a page's web process whether it still runs scripts. The engines themselves notice only that
+// a key or the wheel went unanswered. Owned by whoever asks, who may destroy it at any time, inside
+// the answer too. Main thread only.
 class ProcessProbe {
   public:
     enum class Answer { answers, silent };
 
+    // Has the page run a script, and calls `ran` when it did; never inside the call.
+    using Ask = std::function<void(std::function<void()> ran)>;
+
     // Calls `done` once, in a later turn: as silent when `seconds` pass without an answer. A
     // process that ends meanwhile gives either.
-    ProcessProbe(Scheduler& scheduler, WebKitWebView* view, double seconds,
-                 std::function<void(Answer)> done);
+    ProcessProbe(Scheduler& scheduler, Ask ask, double seconds, std::function<void(Answer)> done);
     ProcessProbe(const ProcessProbe&) = delete;
     ProcessProbe& operator=(const ProcessProbe&) = delete;
     ~ProcessProbe();
@@ -29,17 +29,17 @@ class ProcessProbe {
     double seconds() const { return scheduler_.steadySeconds() - start_; }
 
   private:
-    void ask();
+    void askOnce();
     void answered();
     void finish(Answer answer);
 
     Scheduler& scheduler_;
     const double start_;
-    WebKitWebView* const view_;
+    const Ask ask_;
     const std::function<void(Answer)> done_;
     std::optional<Scheduler::TaskId> expiry_;
     int answers_ = 0;
     const std::shared_ptr<ProcessProbe*> self_;  // emptied when it goes, for answers under way
 };
 
-}  // namespace zorvik::platform::gtk
+}  // namespace zorvik::platform::desktop

@@ -3,7 +3,7 @@
 
 #include "platform/runtime/DispatchQueue.h"
 #include "platform/webkit/WKWebView.h"
-#include "tests/platform/gtk/GtkPortTest.h"
+#include "tests/platform/desktop/DesktopPortTest.h"
 
 namespace zorvik::tests {
 namespace {
@@ -14,7 +14,7 @@ TEST(PlatformEndTest, QuittingLeavesAHangingCallToItselfAndDropsItsAnswer) {
     std::weak_ptr<UIViewController> held;
     std::chrono::steady_clock::time_point quit;
     {
-        const auto platform = gtk::GtkPlatform::make({.applicationId = "zorvik-test"});
+        const auto platform = Platform::make({.applicationId = "zorvik-test"});
         const auto presenter = platform->presenterFor(platform->openWindow("test", {300, 300}));
         const auto screen = makeOnMainThread<UIViewController>();
         screen->view()->addSubview(
@@ -36,19 +36,19 @@ TEST(PlatformEndTest, QuittingLeavesAHangingCallToItselfAndDropsItsAnswer) {
     network.set_value();
     hasAnswered.get_future().wait();
     EXPECT_FALSE(held.expired()) << "not destroyed on that thread";
-    const auto next = gtk::GtkPlatform::make({.applicationId = "zorvik-test"});
+    const auto next = Platform::make({.applicationId = "zorvik-test"});
     EXPECT_TRUE(held.expired());
 }
 
 TEST(PlatformEndTest, TurnsForWhichNoMainLoopEverRanAreToldOf) {
     testing::internal::CaptureStderr();
     {
-        const auto platform = gtk::GtkPlatform::make({.applicationId = "zorvik-test"});
+        const auto platform = Platform::make({.applicationId = "zorvik-test"});
         DispatchQueue::main().async([] { FAIL() << "no loop runs"; });
     }
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
                 testing::HasSubstr("waited on the main queue (1); call run()"));
-    const auto platform = gtk::GtkPlatform::make({.applicationId = "zorvik-test"});
+    const auto platform = Platform::make({.applicationId = "zorvik-test"});
     bool hasRun = false;
     DispatchQueue::main().async([&] { hasRun = true; });
     EXPECT_TRUE(platform->runUntil([&] { return hasRun; }, 60));

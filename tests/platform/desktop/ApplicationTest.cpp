@@ -7,14 +7,14 @@
 #include "platform/runtime/NotificationCenter.h"
 #include "platform/uikit/UIApplication.h"
 #include "platform/uikit/UIButton.h"
-#include "tests/platform/gtk/GtkPortTest.h"
+#include "tests/platform/desktop/DesktopPortTest.h"
 
 namespace zorvik::tests {
 namespace {
 
 namespace fs = std::filesystem;
 
-class ApplicationTest : public GtkPortTest {
+class ApplicationTest : public DesktopPortTest {
   protected:
     // In the folders that scripts/with-display made for this run.
     const fs::path data = std::getenv("XDG_DATA_HOME");
@@ -102,7 +102,7 @@ TEST_F(ApplicationTest, EachReturnFromAnotherApplicationIsToldOnceAndNoOtherMove
     button->setTarget(std::weak_ptr(observer), &Observer::tapped);
     screen->view()->addSubview(button);
     show(screen);
-    GtkWindow* second = platform->openWindow("second", {300, 300});
+    Window* second = platform->openWindow("second", {300, 300});
     waitForWindow("second");
     platform->closeWindow(second);
     settle();

@@ -2,7 +2,7 @@
 
 #include "platform/foundation/JSONSerialization.h"
 #include "tests/contract/PortUnderTest.h"
-#include "tests/platform/gtk/GtkPortTest.h"
+#include "tests/platform/desktop/DesktopPortTest.h"
 #include "tests/support/RawServer.h"
 
 namespace zorvik::contract {
@@ -38,9 +38,9 @@ std::string literal(const std::string& text) {
     return JSONSerialization::data(Value(text)).value();
 }
 
-class GtkPort : public PortUnderTest {
+class DesktopPort : public PortUnderTest {
   public:
-    GtkPort() { addPages(server_); }
+    DesktopPort() { addPages(server_); }
 
     URL url(const std::string& path) override {
         const bool isRefused = path == "/refused";
@@ -78,8 +78,8 @@ class GtkPort : public PortUnderTest {
 
     RawServer server_;
     // Without a page ahead, so that every web process there is belongs to the test's own view.
-    const std::unique_ptr<gtk::GtkPlatform> platform_ =
-        gtk::GtkPlatform::make({.applicationId = "contract", .keepsSparePage = false});
+    const std::unique_ptr<tests::Platform> platform_ =
+        tests::Platform::make({.applicationId = "contract", .keepsSparePage = false});
     const std::shared_ptr<UIViewController> presenter_ =
         platform_->presenterFor(platform_->openWindow("contract", {390, 700}));
 };
@@ -87,7 +87,7 @@ class GtkPort : public PortUnderTest {
 }  // namespace
 
 std::unique_ptr<PortUnderTest> PortUnderTest::make() {
-    return std::make_unique<GtkPort>();
+    return std::make_unique<DesktopPort>();
 }
 
 }  // namespace zorvik::contract

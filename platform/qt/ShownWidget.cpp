@@ -1,0 +1,175 @@
+#include "platform/qt/ShownWidget.h"
+
+#include <QScrollArea>
+#include <algorithm>
+#include <cmath>
+
+#include "platform/qt/QtWebPage.h"
+#include "platform/uikit/UIButton.h"
+#include "platform/uikit/UILabel.h"
+#include "platform/uikit/UIScrollView.h"
+#include "platform/webkit/WKWebView.h"
+
+namespace zorvik::platform::qt {
+
+using desktop::ViewKind;
+
+namespace {
+
+// Edges on whole points, so that text and blocks are crisp.
+QRect wholePoints(const QPointF& origin, const Rect& frame) {
+    const auto whole = [](double length) { return static_cast<int>(std::lround(length)); };
+    const QPoint topLeft(whole(origin.x()), whole(origin.y()));
+    return {topLeft, QSize(whole(origin.x() + frame.width) - topLeft.x(),
+                           whole(origin.y() + frame.height) - topLeft.y())};
+}
+
+// A finger means a button that is a little beside it.
+QRect atLeast(const Size& least, QRect area) {
+    const QPoint centre = area.center();
+    area.setSize(area.size().expandedTo(
+        QSize(static_cast<int>(least.width), static_cast<int>(least.height))));
+    area.moveCenter(centre);
+    return area;
+}
+
+std::unique_ptr<QScrollArea> makeScroller(QWidget& parent) {
+    auto scroller = std::make_unique<QScrollArea>(&parent);
+    scroller->setFrameShape(QFrame::NoFrame);
+    scroller->setFocusPolicy(Qt::NoFocus);
+    scroller->setWidget(new QWidget);
+    scroller->widget()->setAutoFillBackground(false);
+    scroller->viewport()->setAutoFillBackground(false);
+    return scroller;
+}
+
+std::unique_ptr<ViewBlock> makeBlock(UIView& view, ViewKind kind, QWidget& parent) {
+    if (kind == ViewKind::label) return makeLabelBlock(parent);
+    if (kind != ViewKind::button) return makePlainBlock(parent);
+    return makeButtonBlock(parent, [target = view.weak_from_this()] {
+        if (const auto button = target.lock()) static_cast<UIButton&>(*button).sendTouchUpInside();
+    });
+}
+
+UIColor colourBehind(const UIView& view) {
+    for (const UIView* behind = view.superview(); behind != nullptr; behind = behind->superview()) {
+        if (behind->backgroundColor().alpha > 0) return behind->backgroundColor();
+    }
+    return UIColor::white();
+}
+
+}  // namespace
+
+ShownWidget::ShownWidget(UIView& view, QWidget& content)
+    : kind_(desktop::kindOf(view)),
+      block_(makeBlock(view, kind_, content)),
+      subviewHost_(&content) {
+    if (kind_ == ViewKind::scroller) {
+        scroller_ = makeScroller(content);
+        subviewHost_ = scroller_->widget();
+    } else if (kind_ == ViewKind::web) {
+        // Of another port no page could be shown.
+        auto* page = dynamic_cast<QtWebPage*>(&static_cast<WKWebView&>(view).page());
+        if (page != nullptr) page_ = page->widget();
+    }
+    moveOnTopIn(content);
+}
+
+ShownWidget::~ShownWidget() {
+    if (page_ != nullptr) page_->setParent(nullptr);
+    if (scroller_ == nullptr) return;
+    // These are others'.
+    for (QObject* child : QObjectList(subviewHost_->children()))
+        static_cast<QWidget*>(child)->setParent(nullptr);
+}
+
+void ShownWidget::moveOnTopIn(QWidget& parent) {
+    QWidget* const widgets[] = {page_, &block_->widget(), scroller_.get()};
+    for (QWidget* widget : widgets) {
+        if (widget == nullptr) continue;
+        if (widget->parentWidget() != &parent) {
+            widget->setParent(&parent);
+            widget->setVisible(isVisible_);
+        }
+        widget->raise();
+    }
+}
+
+void ShownWidget::put(desktop::ShownView& subview, desktop::ShownView* /*previous*/) {
+    auto& shown = static_cast<ShownWidget&>(subview);
+    shown.parent_ = this;
+    shown.moveOnTopIn(*subviewHost_);
+}
+
+void ShownWidget::follow(UIView& view, bool hasNewText) {
+    isVisible_ = !view.isHidden() && (parent_ == nullptr || parent_->isVisible_);
+    isTouchable_ = desktop::isTouchable(view) && (parent_ == nullptr || parent_->isTouchable_);
+    background_ = view.backgroundColor();
+    cornerRadius_ = view.cornerRadius();
+    QWidget& block = block_->widget();
+    block.setVisible(isVisible_);
+    block.setAttribute(Qt::WA_TransparentForMouseEvents, !isTouchable_);
+    if (hasNewText) followText(view);
+    if (kind_ == ViewKind::button) {
+        block.setFocusPolicy(isTouchable_ ? Qt::StrongFocus : Qt::NoFocus);
+    }
+    if (kind_ == ViewKind::scroller) followScroller(view);
+    if (kind_ == ViewKind::web) followPage(view);
+    block_->show({background_, cornerRadius_, kind_ == ViewKind::web ? 1 - opacity_ : opacity_});
+}
+
+void ShownWidget::followText(const UIView& view) {
+    if (kind_ == ViewKind::button) {
+        const auto& button = static_cast<const UIButton&>(view);
+        block_->setText(button.title(), button.titleColor(),
+                        {UIButton::fontSize, NSTextAlignment::center, 1});
+    } else {
+        const auto& label = static_cast<const UILabel&>(view);
+        block_->setText(label.text(), desktop::textColor,
+                        {UILabel::fontSize, label.textAlignment(), label.numberOfLines()});
+    }
+}
+
+void ShownWidget::followScroller(const UIView& view) {
+    const auto& scrollView = static_cast<const UIScrollView&>(view);
+    const auto policy = [](bool showsBar) {
+        return showsBar ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff;
+    };
+    scroller_->setVerticalScrollBarPolicy(policy(scrollView.showsVerticalScrollIndicator()));
+    scroller_->setHorizontalScrollBarPolicy(policy(scrollView.showsHorizontalScrollIndicator()));
+    scroller_->setVisible(isVisible_);
+    scroller_->setAttribute(Qt::WA_TransparentForMouseEvents, !isTouchable_);
+}
+
+// A page stays on the screen while it is hidden; nobody sees or reaches it beneath its veil.
+void ShownWidget::followPage(const UIView& view) {
+    background_ = colourBehind(view);
+    const bool isShown = parent_ == nullptr || parent_->isVisible_;
+    block_->widget().setVisible(isShown);
+    block_->widget().setAttribute(Qt::WA_TransparentForMouseEvents, isTouchable_);
+    if (page_ == nullptr) return;
+    page_->setVisible(isShown);
+    page_->setEnabled(isTouchable_);
+}
+
+void ShownWidget::place(const UIView& view) {
+    const Rect& frame = view.frame();
+    origin_ = {frame.x, frame.y};
+    if (parent_ != nullptr && parent_->scroller_ == nullptr) origin_ += parent_->origin_;
+    const QRect area = wholePoints(origin_, frame);
+    block_->widget().setGeometry(kind_ == ViewKind::button ? atLeast(desktop::smallestButton, area)
+                                                           : area);
+    if (page_ != nullptr) page_->setGeometry(area);
+    if (scroller_ == nullptr) return;
+    scroller_->setGeometry(area);
+    const Size& size = static_cast<const UIScrollView&>(view).contentSize();
+    scroller_->widget()->resize(static_cast<int>(std::ceil(size.width)),
+                                static_cast<int>(std::ceil(size.height)));
+}
+
+void ShownWidget::setOpacity(double opacity) {
+    opacity_ = parent_ != nullptr ? opacity * parent_->opacity_ : opacity;
+    block_->show({background_, cornerRadius_, kind_ == ViewKind::web ? 1 - opacity_ : opacity_});
+}
+
+}  // namespace zorvik::platform::qt
