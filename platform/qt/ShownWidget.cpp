@@ -87,7 +87,8 @@ ShownWidget::~ShownWidget() {
 
 void ShownWidget::moveOnTopIn(QWidget& parent) {
     QWidget* const cover = cover_ ? &cover_->widget() : nullptr;
-    for (QWidget* widget : {page_.data(), cover, &block_->widget(), scroller_.get()}) {
+    QWidget* const widgets[] = {page_, cover, &block_->widget(), scroller_.get()};
+    for (QWidget* widget : widgets) {
         if (widget == nullptr) continue;
         if (widget->parentWidget() != &parent) {
             widget->setParent(&parent);
@@ -96,6 +97,7 @@ void ShownWidget::moveOnTopIn(QWidget& parent) {
         widget->raise();
     }
     isPageSeen_.reset();
+    if (scroller_ == nullptr) subviewHost_ = &parent;
 }
 
 void ShownWidget::put(desktop::ShownView& subview, desktop::ShownView* /*previous*/) {
