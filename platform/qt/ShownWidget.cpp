@@ -181,8 +181,9 @@ void ShownWidget::place(const UIView& view) {
     if (scroller_ == nullptr) return;
     scroller_->setGeometry(area);
     const Size& size = static_cast<const UIScrollView&>(view).contentSize();
-    scroller_->widget()->resize(static_cast<int>(std::ceil(size.width)),
-                                static_cast<int>(std::ceil(size.height)));
+    const QSize whole(static_cast<int>(std::ceil(size.width)),
+                      static_cast<int>(std::ceil(size.height)));
+    scroller_->widget()->resize(whole.expandedTo(area.size()));
 }
 
 void ShownWidget::setOpacity(double opacity) {

@@ -1,5 +1,6 @@
 #include <chrono>
 #include <future>
+#include <thread>
 
 #include "platform/runtime/DispatchQueue.h"
 #include "platform/webkit/WKWebView.h"
@@ -52,6 +53,20 @@ TEST(PlatformEndTest, TurnsForWhichNoMainLoopEverRanAreToldOf) {
     bool hasRun = false;
     DispatchQueue::main().async([&] { hasRun = true; });
     EXPECT_TRUE(platform->runUntil([&] { return hasRun; }, 60));
+}
+
+TEST(MainLoopTest, TheQueueGoesOnInALoopThatATaskRunsAndWakesItFromOtherThreads) {
+    const auto platform = Platform::make({.applicationId = "zorvik-test"});
+    std::string log;
+    std::thread other;
+    DispatchQueue::main().async([&] {
+        other = std::thread([&] { DispatchQueue::main().async([&] { log += "inner "; }); });
+        EXPECT_TRUE(platform->runUntil([&] { return log == "next inner "; }, 10));
+        log += "outer ";
+    });
+    DispatchQueue::main().async([&] { log += "next "; });
+    EXPECT_TRUE(platform->runUntil([&] { return log.ends_with("outer "); }, 10)) << log;
+    other.join();
 }
 
 }  // namespace
