@@ -56,15 +56,21 @@ TEST(PlatformEndTest, TurnsForWhichNoMainLoopEverRanAreToldOf) {
 }
 
 TEST(MainLoopTest, TheQueueGoesOnInALoopThatATaskRunsAndWakesItFromOtherThreads) {
-    const auto platform = Platform::make({.applicationId = "zorvik-test"});
+    const auto platform = Platform::make({.applicationId = "zorvik-test", .keepsSparePage = false});
     std::string log;
-    std::thread other;
+    std::promise<void> idle;  // nothing else is due by then
+    std::thread other([&] {
+        idle.get_future().wait();
+        DispatchQueue::main().async([&] { log += "inner "; });
+    });
     DispatchQueue::main().async([&] {
-        other = std::thread([&] { DispatchQueue::main().async([&] { log += "inner "; }); });
         EXPECT_TRUE(platform->runUntil([&] { return log == "next inner "; }, 10));
         log += "outer ";
     });
-    DispatchQueue::main().async([&] { log += "next "; });
+    DispatchQueue::main().async([&] {
+        log += "next ";
+        idle.set_value();
+    });
     EXPECT_TRUE(platform->runUntil([&] { return log.ends_with("outer "); }, 10)) << log;
     other.join();
 }

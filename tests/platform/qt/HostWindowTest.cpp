@@ -5,9 +5,9 @@
 #include <QMainWindow>
 #include <QPushButton>
 
-#include "platform/uikit/UIActivityIndicatorView.h"
 #include "platform/uikit/UIButton.h"
 #include "platform/uikit/UILabel.h"
+#include "platform/webkit/WKWebView.h"
 #include "tests/platform/desktop/DesktopPortTest.h"
 
 namespace zorvik::tests {
@@ -64,6 +64,9 @@ class HostWindowTest : public DesktopPortTest {
 
 TEST_F(HostWindowTest, TheKeyboardStaysInTheScreenAndGoesBackToWhereItWas) {
     ASSERT_TRUE(waitUntil([&] { return host.isActiveWindow(); }));
+    const auto page = makeOnMainThread<WKWebView>(Rect{0, 300, 99, 99}, WKWebViewConfiguration{});
+    page->setHidden(true);
+    screen->view()->addSubview(page);
     name->setFocus();
     present();
     EXPECT_FALSE(name->hasFocus());
