@@ -97,7 +97,7 @@ if(ZORVIK_HAS_GTK_PORT)
 endif()
 if(ZORVIK_HAS_QT_PORT)
   zorvik_pkg_config(zorvik_qt_port "The port on Qt 6 Widgets and Qt WebEngine"
-    "zorvik_platform Qt6Widgets Qt6WebEngineWidgets" "-lzorvik_qt_port")
+    "zorvik_platform Qt6Widgets Qt6WebEngineWidgets gio-2.0" "-lzorvik_qt_port")
 endif()
 
 set(LIBS_PRIVATE "-lstdc++ -lm -pthread")

@@ -32,16 +32,13 @@ class QtScheduler::Waker : public QObject {
         } else {
             const std::int64_t milliseconds = (*moment - now() + 999) / 1000;
             const auto wait = std::clamp<std::int64_t>(milliseconds, 0, longestWait);
+            // A new one each time: a timer whose event is being handled fires in no nested loop.
             timer_.start(static_cast<int>(wait), Qt::PreciseTimer, this);
         }
     }
 
   protected:
-    void timerEvent(QTimerEvent*) override {
-        // A timer whose event is being handled does not fire in a nested loop; a new one does.
-        timer_.stop();
-        scheduler_.takeTurn();
-    }
+    void timerEvent(QTimerEvent*) override { scheduler_.takeTurn(); }
     void customEvent(QEvent*) override {
         isAsked_ = false;
         scheduler_.wakeAgain();

@@ -3,6 +3,7 @@
 #include <QScrollArea>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "platform/qt/QtWebPage.h"
 #include "platform/uikit/UIButton.h"
@@ -71,6 +72,7 @@ ShownWidget::ShownWidget(UIView& view, QWidget& content)
         // Of another port no page could be shown.
         auto* page = dynamic_cast<QtWebPage*>(&static_cast<WKWebView&>(view).page());
         if (page != nullptr) page_ = page->widget();
+        cover_ = makePlainBlock(content);
     }
     moveOnTopIn(content);
 }
@@ -84,7 +86,8 @@ ShownWidget::~ShownWidget() {
 }
 
 void ShownWidget::moveOnTopIn(QWidget& parent) {
-    QWidget* const widgets[] = {page_, &block_->widget(), scroller_.get()};
+    QWidget* const cover = cover_ ? &cover_->widget() : nullptr;
+    QWidget* const widgets[] = {page_, cover, &block_->widget(), scroller_.get()};
     for (QWidget* widget : widgets) {
         if (widget == nullptr) continue;
         if (widget->parentWidget() != &parent) {
@@ -93,6 +96,8 @@ void ShownWidget::moveOnTopIn(QWidget& parent) {
         }
         widget->raise();
     }
+    isPageSeen_.reset();
+    if (scroller_ == nullptr) subviewHost_ = &parent;
 }
 
 void ShownWidget::put(desktop::ShownView& subview, desktop::ShownView* /*previous*/) {
@@ -107,7 +112,7 @@ void ShownWidget::follow(UIView& view, bool hasNewText) {
     background_ = view.backgroundColor();
     cornerRadius_ = view.cornerRadius();
     QWidget& block = block_->widget();
-    block.setVisible(isVisible_);
+    if (kind_ != ViewKind::web) block.setVisible(isVisible_);
     block.setAttribute(Qt::WA_TransparentForMouseEvents, !isTouchable_);
     if (hasNewText) followText(view);
     if (kind_ == ViewKind::button) {
@@ -115,7 +120,7 @@ void ShownWidget::follow(UIView& view, bool hasNewText) {
     }
     if (kind_ == ViewKind::scroller) followScroller(view);
     if (kind_ == ViewKind::web) followPage(view);
-    block_->show({background_, cornerRadius_, kind_ == ViewKind::web ? 1 - opacity_ : opacity_});
+    show();
 }
 
 void ShownWidget::followText(const UIView& view) {
@@ -141,15 +146,27 @@ void ShownWidget::followScroller(const UIView& view) {
     scroller_->setAttribute(Qt::WA_TransparentForMouseEvents, !isTouchable_);
 }
 
-// A page stays on the screen while it is hidden; nobody sees or reaches it beneath its veil.
 void ShownWidget::followPage(const UIView& view) {
     background_ = colourBehind(view);
-    const bool isShown = parent_ == nullptr || parent_->isVisible_;
-    block_->widget().setVisible(isShown);
-    block_->widget().setAttribute(Qt::WA_TransparentForMouseEvents, isTouchable_);
+    block_->widget().setAttribute(Qt::WA_TransparentForMouseEvents);
     if (page_ == nullptr) return;
-    page_->setVisible(isShown);
+    // What is hidden with all it stands in is of no interest to anybody.
+    page_->setVisible(parent_ == nullptr || parent_->isVisible_);
     page_->setEnabled(isTouchable_);
+}
+
+// A page stays on the screen while it is not to be seen, since the engine slows it down elsewhere:
+// beneath all the others. Seen, it is faded by a veil in the colour behind it.
+void ShownWidget::placePage(bool isSeen) {
+    if (page_ == nullptr || std::exchange(isPageSeen_, isSeen) == isSeen) return;
+    block_->widget().setVisible(isSeen);
+    cover_->widget().setVisible(!isSeen && page_->isVisibleTo(page_->parentWidget()));
+    if (isSeen) {
+        page_->stackUnder(&block_->widget());
+    } else {
+        cover_->widget().lower();
+        page_->lower();
+    }
 }
 
 void ShownWidget::place(const UIView& view) {
@@ -160,16 +177,26 @@ void ShownWidget::place(const UIView& view) {
     block_->widget().setGeometry(kind_ == ViewKind::button ? atLeast(desktop::smallestButton, area)
                                                            : area);
     if (page_ != nullptr) page_->setGeometry(area);
+    if (cover_ != nullptr) cover_->widget().setGeometry(area);
     if (scroller_ == nullptr) return;
     scroller_->setGeometry(area);
     const Size& size = static_cast<const UIScrollView&>(view).contentSize();
-    scroller_->widget()->resize(static_cast<int>(std::ceil(size.width)),
-                                static_cast<int>(std::ceil(size.height)));
+    const QSize whole(static_cast<int>(std::ceil(size.width)),
+                      static_cast<int>(std::ceil(size.height)));
+    scroller_->widget()->resize(whole.expandedTo(area.size()));
 }
 
 void ShownWidget::setOpacity(double opacity) {
     opacity_ = parent_ != nullptr ? opacity * parent_->opacity_ : opacity;
-    block_->show({background_, cornerRadius_, kind_ == ViewKind::web ? 1 - opacity_ : opacity_});
+    show();
+}
+
+void ShownWidget::show() {
+    const bool isPage = kind_ == ViewKind::web;
+    block_->show({background_, cornerRadius_, isPage ? 1 - opacity_ : opacity_});
+    if (!isPage) return;
+    cover_->show({background_, 0, 1});
+    placePage(isVisible_ && opacity_ > 0);
 }
 
 }  // namespace zorvik::platform::qt

@@ -4,6 +4,7 @@
 #include <QPointer>
 #include <QWidget>
 #include <memory>
+#include <optional>
 
 #include "platform/desktop/ViewTree.h"
 #include "platform/qt/ViewBlock.h"
@@ -31,15 +32,19 @@ class ShownWidget : public desktop::ShownView {
     void followText(const UIView& view);
     void followScroller(const UIView& view);
     void followPage(const UIView& view);
+    void show();
+    void placePage(bool isSeen);
 
     const desktop::ViewKind kind_;
     const ShownWidget* parent_ = nullptr;
     // The background with what the view shows itself; over a page the veil that fades it.
     std::unique_ptr<ViewBlock> block_;
     std::unique_ptr<QScrollArea> scroller_;
-    QPointer<QWidget> page_;  // the page's own
-    QWidget* subviewHost_;    // the widget that the subviews' are in
-    QPointF origin_;          // the view's, in its host
+    QPointer<QWidget> page_;            // the page's own
+    std::unique_ptr<ViewBlock> cover_;  // hides a page that is not to be seen
+    std::optional<bool> isPageSeen_;    // as it stands now
+    QWidget* subviewHost_;              // the widget that the subviews' are in
+    QPointF origin_;                    // the view's, in its host
     UIColor background_;
     double cornerRadius_ = 0;
     double opacity_ = 1;

@@ -1,5 +1,6 @@
 #include <chrono>
 #include <future>
+#include <thread>
 
 #include "platform/runtime/DispatchQueue.h"
 #include "platform/webkit/WKWebView.h"
@@ -52,6 +53,26 @@ TEST(PlatformEndTest, TurnsForWhichNoMainLoopEverRanAreToldOf) {
     bool hasRun = false;
     DispatchQueue::main().async([&] { hasRun = true; });
     EXPECT_TRUE(platform->runUntil([&] { return hasRun; }, 60));
+}
+
+TEST(MainLoopTest, TheQueueGoesOnInALoopThatATaskRunsAndWakesItFromOtherThreads) {
+    const auto platform = Platform::make({.applicationId = "zorvik-test", .keepsSparePage = false});
+    std::string log;
+    std::promise<void> idle;  // nothing else is due by then
+    std::thread other([&] {
+        idle.get_future().wait();
+        DispatchQueue::main().async([&] { log += "inner "; });
+    });
+    DispatchQueue::main().async([&] {
+        EXPECT_TRUE(platform->runUntil([&] { return log == "next inner "; }, 10));
+        log += "outer ";
+    });
+    DispatchQueue::main().async([&] {
+        log += "next ";
+        idle.set_value();
+    });
+    EXPECT_TRUE(platform->runUntil([&] { return log.ends_with("outer "); }, 10)) << log;
+    other.join();
 }
 
 }  // namespace

@@ -146,9 +146,10 @@ TEST_F(PresenterTest, AWindowMayGoInsideAReportOfThePageItShows) {
         auto page = makeOnMainThread<WKWebView>(Rect{0, 0, 300, 300}, WKWebViewConfiguration{});
         only->view()->addSubview(page);
         page->setNavigationDelegate(delegate);
+        platform->presenterFor(shop)->present(std::exchange(only, nullptr), false);
+        EXPECT_TRUE(waitUntil([&] { return log == "appears appeared "; }));
         page->load({*URL::parse(server.address("/page"))});
         page.reset();
-        platform->presenterFor(shop)->present(std::exchange(only, nullptr), false);
         EXPECT_TRUE(waitUntil([&] { return hasEnded(""); }));
         EXPECT_EQ(log, "appears appeared leaves! left! ended ");
         settle();

@@ -1,6 +1,7 @@
 #include <cstdlib>
 
 #include "platform/uikit/UIButton.h"
+#include "platform/uikit/UIScrollView.h"
 #include "platform/webkit/WKWebView.h"
 #include "tests/platform/desktop/DesktopPortTest.h"
 #include "tests/support/RawServer.h"
@@ -51,6 +52,9 @@ TEST_F(StageTest, EveryViewIsDrawnWhereTheLayoutPutIt) {
          pinned->trailingAnchor().constraintEqualTo(root.trailingAnchor()),
          pinned->bottomAnchor().constraintEqualTo(root.safeAreaLayoutGuide().bottomAnchor),
          pinned->heightAnchor().constraintEqualToConstant(20)});
+    const auto scroller = makeOnMainThread<UIScrollView>(Rect{400, 200, 100, 100});
+    root.addSubview(scroller);
+    addBlock(*addBlock(*scroller, {0, 50, 100, 20}, black), {10, 10, 80, 200}, green);
     show(screen);
     Picture shown = picture();
     const int right = shown.width() - 1;
@@ -65,6 +69,9 @@ TEST_F(StageTest, EveryViewIsDrawnWhereTheLayoutPutIt) {
         {"the child outside its parent", 345, 165, greenPixel},
         {"the pinned bar's right end", right, bottom, greenPixel},
         {"above the pinned bar", right, bottom - 21, whitePixel},
+        {"inside the scroller", 405, 255, blackPixel},
+        {"a child's child in it", 415, 299, greenPixel},
+        {"which ends with the scroller", 415, 301, whitePixel},
     };
     for (const auto& row : cases)
         EXPECT_EQ(shown.at(row.x, row.y), row.expected) << row.name;
@@ -126,12 +133,13 @@ TEST_F(StageTest, OnlyTheTopmostScreenTakesInput) {
     EXPECT_EQ(counter->taps, 1);
 }
 
-TEST_F(StageTest, AHiddenPageRunsAtFullSpeedInItsFinalSize) {
+TEST_F(StageTest, AHiddenPageRunsUnseenAtFullSpeedInItsFinalSize) {
     // A page out of sight gets one tick a second.
     server.replyPage("/page",
-                     "<script>let ticks = 0, twenty;"
+                     "<body style='background: #00f'><script>let ticks = 0, twenty;"
                      "setInterval(() => { if (++ticks == 20) twenty = performance.now() }, 10)"
                      "</script>");
+    addBlock(root, {0, 300, 200, 300}, green);
     const auto page = makeOnMainThread<WKWebView>(Rect{0, 300, 400, 300}, WKWebViewConfiguration{});
     root.addSubview(page);
     page->load({*URL::parse(server.address("/page"))});
@@ -144,6 +152,16 @@ TEST_F(StageTest, AHiddenPageRunsAtFullSpeedInItsFinalSize) {
             [&](const auto& result) { text = result ? result.value().text : "error"; });
         return text.starts_with("true");
     })) << text;
+    EXPECT_EQ(picture().at(100, 500), greenPixel);
+    EXPECT_EQ(picture().at(300, 500), whitePixel);
+    page->setHidden(false);
+    page->setAlpha(0.5);
+    EXPECT_TRUE(askUntil([&] {
+        const Pixel half = picture().at(300, 500);
+        return std::abs(half[0] - 128) <= 2 && half[2] == 255;
+    }));
+    page->setAlpha(1);
+    EXPECT_TRUE(askUntil([&] { return picture().at(100, 500) == (Pixel{0, 0, 255}); }));
     EXPECT_EQ(text, "true 400 300 visible");
 }
 
