@@ -143,7 +143,17 @@ std::optional<URL> GtkWebPage::currentUrl() const {
     return uri != nullptr ? URL::fromEngine(uri) : std::nullopt;
 }
 
+void GtkWebPage::takeTurnsWithDrawing() {
+    GSource* source = g_main_current_source();
+    const char* name = source != nullptr ? g_source_get_name(source) : nullptr;
+    if (name != nullptr && g_str_has_prefix(name, "[WebKit]") &&
+        g_source_get_priority(source) < GDK_PRIORITY_REDRAW) {
+        g_source_set_priority(source, GDK_PRIORITY_REDRAW);
+    }
+}
+
 void GtkWebPage::policyAsked(WebKitPolicyDecision* decision, int type) {
+    takeTurnsWithDrawing();
     watch_.progressSeen();
     if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
         // Ignored, a load of the main frame fails.

@@ -64,6 +64,10 @@ class GtkWebPage : public WebPage {
         unsigned long signal = 0;
     };
 
+    // The engine hands over what its pages send before anything is drawn and before the main queue
+    // turns, so that a page that sends without a pause would stop both. Called in its reports, puts
+    // the source that brings them on a par.
+    static void takeTurnsWithDrawing();
     void connectSignals();
     void policyAsked(WebKitPolicyDecision* decision, int type);
     void newWindowAsked(WebKitNavigationAction* action);

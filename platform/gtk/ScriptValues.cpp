@@ -2,6 +2,7 @@
 
 #include <jsc/jsc.h>
 
+#include <algorithm>
 #include <charconv>
 #include <string>
 #include <string_view>
@@ -31,11 +32,12 @@ void appendUtf8(std::string& text, unsigned codeUnit) {
 std::string decoded(std::string_view json) {
     std::string text;
     text.reserve(json.size());
-    for (std::size_t i = 1; i + 1 < json.size(); ++i) {
-        if (json[i] != '\\') {
-            text += json[i];
-            continue;
-        }
+    const std::size_t end = json.size() - 1;  // of the closing quote
+    for (std::size_t i = 1; i < end; ++i) {
+        const std::size_t plain = std::min(json.find('\\', i), end) - i;
+        text.append(json, i, plain);
+        i += plain;
+        if (i == end) break;
         switch (const char escaped = json[++i]) {
             case 'b':
                 text += '\b';
@@ -67,11 +69,42 @@ std::string decoded(std::string_view json) {
     return text;
 }
 
+// Whether the text of an object can be written within a moment. The engine keeps what an object
+// holds in several places in one, so that a few of them may unfold to a text without end, and gaps
+// of a list cost nothing until they are written.
+bool hasShortText(JSCValue* value) {
+    constexpr auto source = R"((value, limit) => {
+        const open = [value];
+        while (open.length > 0 && limit > 0) {
+            const each = open.pop();
+            limit -= 16;
+            if (typeof each === 'string') limit -= each.length;
+            if (typeof each !== 'object' || each === null) continue;
+            if (Array.isArray(each)) limit -= each.length;
+            if (limit < 0) break;
+            for (const key in each) {
+                limit -= key.length;
+                open.push(each[key]);
+                if (open.length * 16 > limit) return false;
+            }
+        }
+        return limit > 0;
+    })";
+    constexpr double longest = 1 << 22;  // characters, about
+    JSCContext* context = jsc_value_get_context(value);
+    const ObjectPointer<JSCValue> function(jsc_context_evaluate(context, source, -1));
+    const ObjectPointer<JSCValue> answer(jsc_value_function_call(
+        function.get(), JSC_TYPE_VALUE, value, G_TYPE_DOUBLE, longest, G_TYPE_NONE));
+    return jsc_value_to_boolean(answer.get());
+}
+
 }  // namespace
 
 std::optional<ScriptValue> scriptValue(JSCValue* value) {
     const ScriptValue::Type type = typeOf(value);
     if (type == ScriptValue::Type::null) return ScriptValue{};
+    const bool isContainer = type == ScriptValue::Type::array || type == ScriptValue::Type::object;
+    if (isContainer && !hasShortText(value)) return std::nullopt;
     const TextPointer json(jsc_value_to_json(value, 0));
     if (!json) {
         jsc_context_clear_exception(jsc_value_get_context(value));
