@@ -17,6 +17,12 @@ constexpr double defaultTimeout = 60;
 // is to start.
 constexpr double patienceAfterTimeout = 5;
 constexpr double patienceOfALoad = 1;
+// A navigation may cost a web process, which takes longer to come and go than a page takes to start
+// the next. So many are free, so many a second come back, and without one each waits a while: long
+// enough for a page in a storm to replace it before it starts.
+constexpr double freeNavigations = 10;
+constexpr double navigationsASecond = 5;
+constexpr double pauseOfAStorm = 0.2;
 
 Error errorFrom(const GError& error) {
     return {g_quark_to_string(error.domain), error.code, error.message};
@@ -60,11 +66,18 @@ class GtkWebPage::PolicyAnswer {
     void give(NavigationDecision decision) {
         const ObjectPointer<WebKitPolicyDecision> open = std::move(decision_);
         if (!open) return;
+        const bool isAllowed = decision == NavigationDecision::allow;
+        const bool waits = isAllowed && *page_ != nullptr && (*page_)->isInStorm(uri_);
         if (*page_ != nullptr) (*page_)->navigationDecided(uri_, isRedirect_, decision);
-        if (decision == NavigationDecision::allow) {
+        if (!isAllowed) {
+            webkit_policy_decision_ignore(open.get());
+        } else if (!waits) {
             webkit_policy_decision_use(open.get());
         } else {
-            webkit_policy_decision_ignore(open.get());
+            const std::shared_ptr<WebKitPolicyDecision> waiting(share(open.get()).release(),
+                                                                g_object_unref);
+            Environment::scheduler().runOnMainAfter(
+                pauseOfAStorm, [waiting] { webkit_policy_decision_use(waiting.get()); });
         }
     }
 
@@ -117,8 +130,12 @@ GtkWidget* GtkWebPage::widget() const {
 
 void GtkWebPage::load(const URLRequest& request) {
     if (!view_) return;
-    // A hung process would not load this either, and what it shows is to go anyway.
-    if (probe_ && probe_->seconds() >= patienceOfALoad && state_ == LoadState::none) {
+    // A hung process would not load this either, a page in a storm would at once load another, and
+    // what is shown is to go anyway.
+    const bool isHung = probe_ && probe_->seconds() >= patienceOfALoad && state_ == LoadState::none;
+    if (isHung || recentNavigations() > freeNavigations) {
+        state_ = LoadState::none;
+        navigations_ = 0;
         isRequested_ = showsPage_ = false;
         endProcess();
     }
@@ -210,6 +227,23 @@ void GtkWebPage::navigationDecided(const std::string& uri, bool isRedirect,
         isRequested_ = false;
         if (state_ == LoadState::none) watch_.stop();
     }
+}
+
+bool GtkWebPage::isInStorm(const std::string& uri) {
+    const auto document = [](std::string_view address) {
+        return address.substr(0, address.find('#'));
+    };
+    const char* current = webkit_web_view_get_uri(view_.get());
+    if (isOwnRequest(uri) || (current != nullptr && document(uri) == document(current)))
+        return false;
+    navigations_ = recentNavigations() + 1;
+    lastNavigation_ = Environment::scheduler().steadySeconds();
+    return navigations_ > freeNavigations;
+}
+
+double GtkWebPage::recentNavigations() const {
+    const double seconds = Environment::scheduler().steadySeconds() - lastNavigation_;
+    return std::max(0.0, navigations_ - seconds * navigationsASecond);
 }
 
 void GtkWebPage::loadChanged(int event) {

@@ -56,6 +56,7 @@ struct HostileCheckout::World {
         platform->presenterFor(platform->openWindow("shop", {600, 800}));
     std::optional<MainThreadWatch> watch{std::in_place};
 
+    World() { core.describesEvents = false; }
     ~World() {
         watch.reset();
         ZorvikCheckoutSDK::reset();
@@ -191,8 +192,27 @@ void HostileCheckout::click() {
     customer.join();
 }
 
+void HostileCheckout::clickUntilPanel() {
+    // A click that meets the fading skeleton is not the page's.
+    for (int clicks = 0; clicks < 10 && !isPanelShown(); ++clicks) {
+        click();
+        waitUntil([this] { return isPanelShown(); }, 1);
+    }
+    EXPECT_TRUE(isPanelShown()) << "no panel";
+}
+
 void HostileCheckout::back() {
     inATurn([] { ZorvikCheckoutSDK::shared().handleDeviceBackButtonPress(); });
+}
+
+void HostileCheckout::handOff() {
+    installApplication("zorvikapp", "exit 0");
+    // The desktop notices the application in its own time.
+    EXPECT_TRUE(askUntil([this] {
+        evaluated(R"(post('{"url":"zorvikapp:x","package_name":"app.one"}'), 0)");
+        return timesPrinted("[TRANSACTION STORE] ✅ Transaction details stored successfully") > 0;
+    })) << "no hand-off";
+    evaluated("heard = ''");
 }
 
 void HostileCheckout::becomeActive() {
@@ -220,6 +240,15 @@ bool HostileCheckout::isPanelShown() const {
 std::size_t HostileCheckout::timesPrinted(const std::string& line) const {
     const auto entry = printed_.find(line.substr(0, longestLine));
     return entry == printed_.end() ? 0 : entry->second;
+}
+
+std::size_t HostileCheckout::timesPrintedFrom(const std::string& beginning) const {
+    std::size_t times = 0;
+    for (auto entry = printed_.lower_bound(beginning);
+         entry != printed_.end() && entry->first.starts_with(beginning); ++entry) {
+        times += entry->second;
+    }
+    return times;
 }
 
 std::size_t HostileCheckout::eventCount(const std::string& name) const {

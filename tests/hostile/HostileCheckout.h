@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "testkit/RecordingDelegate.h"
@@ -44,8 +44,10 @@ class HostileCheckout {
     void waitForValue(const std::string& script, const std::string& value);
     void settle(double seconds);
 
-    void click();
+    void clickUntilPanel();  // the customer's, impatiently
     void back();
+    // The page opens a UPI app, and the hand-off is on record.
+    void handOff();
     void becomeActive();
     // Ends all of a kind as the system would that has no memory left.
     void kill(EngineProcess kind);
@@ -53,6 +55,7 @@ class HostileCheckout {
     bool isScreenOpen() const;
     bool isPanelShown() const;
     std::size_t timesPrinted(const std::string& line) const;
+    std::size_t timesPrintedFrom(const std::string& beginning) const;
     std::size_t eventCount(const std::string& name) const;
 
     // The three ways out.
@@ -77,12 +80,13 @@ class HostileCheckout {
 
   private:
     struct World;
+    void click();
     void inATurn(const std::function<void()>& task);
     static World& world();
     static inline std::shared_ptr<World> world_;
 
     std::weak_ptr<platform::UIViewController> screen_;
-    std::unordered_map<std::string, std::size_t> printed_;
+    std::map<std::string, std::size_t> printed_;
     std::size_t lines_ = 0;
 };
 

@@ -6,11 +6,14 @@
 namespace zorvik::tests {
 namespace {
 
+// Milliseconds in which the main thread works without a turn for what is due; checked code takes
+// several times as long. What it waits for others besides depends on how busy the machine is.
 #if defined(__SANITIZE_ADDRESS__)
-constexpr double longestStall = 1000;  // milliseconds; checked code takes several times as long
+constexpr double longestWork = 1000;
 #else
-constexpr double longestStall = 100;
+constexpr double longestWork = 100;
 #endif
+constexpr double longestWait = 1000;
 
 enum class Ending { finished, dismissed };
 struct Case {
@@ -50,13 +53,10 @@ class APage : public testing::TestWithParam<Case> {
 
     void expectStall(HostileCheckout& checkout, const char* when) {
         const auto longest = checkout.watch.takeLongest();
-        EXPECT_LT(longest.total, longestStall)
-            << when << " the main thread stood still, working " << longest.work << " ms of it";
-        RecordProperty(when, std::to_string(longest.total));
-        if (longest.total > longestStall / 4) {
-            std::cout << when << " the longest turn was " << longest.total << " ms, "
-                      << longest.work << " ms of it work\n";
-        }
+        EXPECT_LT(longest.work, longestWork) << "work of the main thread, " << when;
+        EXPECT_LT(longest.total, longestWait) << "work and waiting, " << when;
+        std::cout << "longest turn " << when << ": " << longest.work << " ms of work, "
+                  << longest.total << " ms in all\n";
     }
 };
 

@@ -114,8 +114,7 @@ std::vector<Row> messageRows() {
              setTimeout(() => { for (;;) post('no json'); }, 300);</script>)",
          [](HostileCheckout& checkout) {
              checkout.waitForLine(noJson, 1000);
-             checkout.click();
-             checkout.waitForPanel();
+             checkout.clickUntilPanel();
          },
          Leaves::panel},
         {"FunctionsBrokenBeforeTheLoadEnds",
@@ -129,14 +128,14 @@ std::vector<Row> messageRows() {
         {"FunctionsBrokenByTheAppList",
          "<script>" + vandal +
              "window.zorvik_web = { UPIIntentAvailable: text => "
-             "{ vandalise(); heard = text.slice(0, 13); post(intent); broken(); } };</script>",
+             "{ heard = text.slice(0, 13); vandalise(); post(intent); broken(); } };</script>",
          [](HostileCheckout& checkout) {
              checkout.waitForValue("heard", R"({"UPIApps":[{)" + notInstalledMessage + '*');
          }},
         // The engine brings the value of each script back.
         {"ScriptsThatAnswerWithTooMuch", R"(<script>
              let value = ['x']; for (let i = 0; i < 40; ++i) value = [value, value];
-             window.setTimeout = () => { const list = []; list.length = 4294967295; return list; };
+             window.setTimeout = () => value;
              window.postMessage = text => { heard += text; return value; };</script>)",
          [](HostileCheckout& checkout) {
              checkout.waitForPage();
@@ -165,8 +164,7 @@ std::vector<Row> messageRows() {
              for (;;) { alert('a'); confirm('c'); prompt('p'); } }, 100);</script>)",
          [](HostileCheckout& checkout) {
              checkout.waitForLine("[WEBVIEW] Alert: a", 100);
-             checkout.click();
-             checkout.waitForPanel();
+             checkout.clickUntilPanel();
          },
          Leaves::panel},
         {"PanelsOnTheWayOut", R"(<script>

@@ -5,6 +5,13 @@ namespace {
 
 constexpr auto allowed = "[URL INTERCEPT] 📋 URL type: String";
 
+// Each navigation of these pages costs the engine a process.
+void stormOfProcesses(HostileCheckout& checkout) {
+    checkout.waitForPanel();
+    checkout.settle(1);
+    EXPECT_LT(engineProcesses(EngineProcess::web).size(), 40u);
+}
+
 }  // namespace
 
 std::vector<Row> navigationRows() {
@@ -50,7 +57,7 @@ std::vector<Row> navigationRows() {
                  form.innerHTML = '<input name=x value="' + 'x'.repeat(10000) + '">';
                  document.body.append(form); form.submit();
              }</script>)",
-         [](HostileCheckout& checkout) { checkout.waitForRequest("/posted"); }},
+         [](HostileCheckout& checkout) { checkout.waitForLine(allowed, 2); }},
         {"RedirectsWithoutEndByTheServer", "",
          [](HostileCheckout& checkout) {
              checkout.server.reply("/loop",
@@ -75,7 +82,10 @@ std::vector<Row> navigationRows() {
          [](HostileCheckout& checkout) { checkout.waitForLine(allowed, 300); }},
         {"UnknownSchemes", R"(<body><script>let n = 0;
              setInterval(() => { location.href = 'nobody-opens:' + ++n; }, 5);</script>)",
-         [](HostileCheckout& checkout) { checkout.waitForPanel(); }, Leaves::panel},
+         stormOfProcesses, Leaves::panel},
+        {"OtherSites", R"(<script>let n = 0;
+             setInterval(() => { location.href = 'http://localhost:9/' + ++n; }, 5);</script>)",
+         stormOfProcesses, Leaves::panel},
         {
             "AnAddressOfAMegabyte",
             R"(<script>

@@ -16,23 +16,15 @@ const std::string endless = "for (;;) {}";
 Story hangs(const Story& cause) {
     return [cause](HostileCheckout& checkout) {
         checkout.waitForPage();
-        checkout.settle(0.5);
         if (cause) cause(checkout);
-        checkout.click();
-        checkout.waitForPanel();
+        checkout.clickUntilPanel();
     };
 }
 
 Story handedOff(const Story& then) {
     return [then](HostileCheckout& checkout) {
-        installApplication("zorvikapp", "exit 0");
         checkout.waitForPage();
-        checkout.askUntil([&] {
-            checkout.evaluated(R"(post('{"url":"zorvikapp:x","package_name":"app.one"}'), 0)");
-            return checkout.timesPrinted(
-                       "[TRANSACTION STORE] ✅ Transaction details stored "
-                       "successfully") > 0;
-        });
+        checkout.handOff();
         then(checkout);
     };
 }
@@ -81,6 +73,9 @@ std::vector<Row> processRows() {
          Leaves::panel},
         {"HangsInAClick", "<script>onmousedown = () => { " + endless + " };</script>", hangs({}),
          Leaves::panel},
+        {"HangsInTheTransferOfAMessage", R"(<script>
+             const list = []; list.length = 4294967295; setTimeout(() => post(list), 100);</script>)",
+         hangs({}), Leaves::panel},
         {"HangsInTheAppList",
          "<script>window.zorvik_web = { UPIIntentAvailable: () => { " + endless + " } };</script>",
          hangs({}), Leaves::panel},
