@@ -133,7 +133,7 @@ void GtkWebPage::load(const URLRequest& request) {
     // A hung process would not load this either, a page in a storm would at once load another, and
     // what is shown is to go anyway.
     const bool isHung = probe_ && probe_->seconds() >= patienceOfALoad && state_ == LoadState::none;
-    if (isHung || recentNavigations() > freeNavigations) {
+    if (isHung || recentNavigations() > 2 * freeNavigations) {
         state_ = LoadState::none;
         navigations_ = 0;
         isRequested_ = showsPage_ = false;
@@ -229,16 +229,23 @@ void GtkWebPage::navigationDecided(const std::string& uri, bool isRedirect,
     }
 }
 
+// Counts a navigation that is allowed; whether it is one of too many that cost a process each.
 bool GtkWebPage::isInStorm(const std::string& uri) {
     const auto document = [](std::string_view address) {
         return address.substr(0, address.find('#'));
     };
-    const char* current = webkit_web_view_get_uri(view_.get());
-    if (isOwnRequest(uri) || (current != nullptr && document(uri) == document(current)))
-        return false;
+    const char* text = webkit_web_view_get_uri(view_.get());
+    if (text == nullptr || isOwnRequest(uri) || document(uri) == document(text)) return false;
     navigations_ = recentNavigations() + 1;
     lastNavigation_ = Environment::scheduler().steadySeconds();
-    return navigations_ > freeNavigations;
+    if (navigations_ <= freeNavigations) return false;
+    const auto target = URL::fromEngine(uri);
+    const auto current = URL::fromEngine(text);
+    const bool staysInProcess =
+        target && (target->scheme() == "data" || target->scheme() == "about");
+    const bool isSameSite = target && current && target->scheme() == current->scheme() &&
+                            target->host() == current->host();
+    return !staysInProcess && !isSameSite;
 }
 
 double GtkWebPage::recentNavigations() const {

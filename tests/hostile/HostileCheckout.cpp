@@ -222,7 +222,17 @@ void HostileCheckout::becomeActive() {
 }
 
 void HostileCheckout::kill(EngineProcess kind) {
-    for (const pid_t process : engineProcesses(kind))
+    std::vector<pid_t> processes = engineProcesses(kind);
+    // An engine that loses a process in the middle of its start may give the program up.
+    settle(0.2);
+    std::erase_if(processes, [now = engineProcesses(kind)](pid_t process) {
+        return std::ranges::count(now, process) == 0;
+    });
+    kill(processes);
+}
+
+void HostileCheckout::kill(const std::vector<pid_t>& processes) {
+    for (const pid_t process : processes)
         ::kill(process, SIGKILL);
 }
 

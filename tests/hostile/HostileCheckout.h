@@ -51,6 +51,7 @@ class HostileCheckout {
     void becomeActive();
     // Ends all of a kind as the system would that has no memory left.
     void kill(EngineProcess kind);
+    static void kill(const std::vector<pid_t>& processes);
 
     bool isScreenOpen() const;
     bool isPanelShown() const;

@@ -79,10 +79,10 @@ std::vector<Row> messageRows() {
          [](HostileCheckout& checkout) { checkout.waitForLine(noJson); }},
         {"TenMegabytesOfText", "<script>post('x'.repeat(10000000));</script>",
          [](HostileCheckout& checkout) { checkout.waitForLine(noJson); }},
-        {"TenMegabytesOfEscapes", R"(<script>post('\u0001"\\'.repeat(3000000));</script>)",
+        {"ThreeMegabytesOfEscapes", R"(<script>post('\u0001"\\'.repeat(1000000));</script>)",
          [](HostileCheckout& checkout) { checkout.waitForLine(noJson); }},
-        {"TenMegabytesOfAddress", R"(<script>post(JSON.stringify({
-             url: 'nobody-opens:' + 'x'.repeat(10000000), package_name: 'app' }));</script>)",
+        {"FourMegabytesOfAddress", R"(<script>post(JSON.stringify({
+             url: 'nobody-opens:' + 'x'.repeat(4000000), package_name: 'app' }));</script>)",
          [](HostileCheckout& checkout) {
              checkout.waitForLine(notInstalled);
              checkout.waitForValue("heard", notInstalledMessage);

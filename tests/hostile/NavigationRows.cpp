@@ -7,8 +7,7 @@ constexpr auto allowed = "[URL INTERCEPT] 📋 URL type: String";
 
 // Each navigation of these pages costs the engine a process.
 void stormOfProcesses(HostileCheckout& checkout) {
-    checkout.waitForPanel();
-    checkout.settle(1);
+    checkout.waitForLine(allowed, 200);
     EXPECT_LT(engineProcesses(EngineProcess::web).size(), 40u);
 }
 
@@ -84,8 +83,8 @@ std::vector<Row> navigationRows() {
              setInterval(() => { location.href = 'nobody-opens:' + ++n; }, 5);</script>)",
          stormOfProcesses, Leaves::panel},
         {"OtherSites", R"(<script>let n = 0;
-             setInterval(() => { location.href = 'http://localhost:9/' + ++n; }, 5);</script>)",
-         stormOfProcesses, Leaves::panel},
+             setInterval(() => { location.href = `http://localhost:${location.port}/never?${++n}`; }, 5);</script>)",
+         stormOfProcesses},
         {
             "AnAddressOfAMegabyte",
             R"(<script>

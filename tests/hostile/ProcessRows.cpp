@@ -107,11 +107,22 @@ std::vector<Row> processRows() {
         {"WebProcessEndsBeforeTheCheckout", plain,
          [](HostileCheckout& checkout) {
              checkout.kill(EngineProcess::web);
+             checkout.settle(0.3);
              checkout.open();
              checkout.waitForPage();
          },
          Leaves::page, Row::Opens::inStory},
-        {"WebProcessEndsAtTheStart", plain, killWeb, Leaves::panel},
+        {"WebProcessEndsAtTheStart", plain,
+         [](HostileCheckout& checkout) {
+             EXPECT_TRUE(
+                 checkout.askUntil([] { return !engineProcesses(EngineProcess::web).empty(); }));
+             checkout.settle(0.2);
+             const auto processes = engineProcesses(EngineProcess::web);
+             checkout.open();
+             HostileCheckout::kill(processes);
+             checkout.waitForPanel();
+         },
+         Leaves::panel, Row::Opens::inStory},
         {"WebProcessEndsBeforeTheAnswer", "",
          [](HostileCheckout& checkout) {
              checkout.open("/never");
