@@ -151,13 +151,13 @@ std::vector<Row> messageRows() {
              checkout.waitForLine("[BACK HANDLER] 📱 Handling device back pressed");
          }},
         {"ManyPanels", R"(<script>
-             for (let i = 0; i < 3000; ++i) { alert('a'); confirm('c'); prompt('p', 'text'); }
+             for (let i = 0; i < 1000; ++i) { alert('a'); confirm('c'); prompt('p', 'text'); }
              window.answers = [confirm('x'.repeat(10000000)), prompt('', 'y'.repeat(1000000)).length];
              </script>)",
          [](HostileCheckout& checkout) {
-             checkout.waitForLine("[WEBVIEW] Alert: a", 3000);
-             checkout.waitForLine("[WEBVIEW] Confirm: c", 3000);
-             checkout.waitForLine("[WEBVIEW] Prompt: p", 3000);
+             checkout.waitForLine("[WEBVIEW] Alert: a", 1000);
+             checkout.waitForLine("[WEBVIEW] Confirm: c", 1000);
+             checkout.waitForLine("[WEBVIEW] Prompt: p", 1000);
              checkout.waitForValue("String(answers)", "true,1000000");
          }},
         {"PanelsWithoutEnd", R"(<script>onload = () => setTimeout(() => {

@@ -80,11 +80,18 @@ std::vector<Row> navigationRows() {
              }, 1); let n = 0;</script>)",
          [](HostileCheckout& checkout) { checkout.waitForLine(allowed, 300); }},
         {"UnknownSchemes", R"(<body><script>let n = 0;
-             setInterval(() => { location.href = 'nobody-opens:' + ++n; }, 5);</script>)",
-         stormOfProcesses, Leaves::panel},
+             const timer = setInterval(() => {
+                 location.href = 'nobody-opens:' + ++n;
+                 if (n === 250) clearInterval(timer);
+             }, 5);</script>)",
+         [](HostileCheckout& checkout) {
+             stormOfProcesses(checkout);
+             checkout.waitForPanel();
+         },
+         Leaves::panel},
         {"OtherSites", R"(<script>let n = 0;
              setInterval(() => { location.href = `http://localhost:${location.port}/never?${++n}`; }, 5);</script>)",
-         stormOfProcesses},
+         stormOfProcesses, Leaves::page, Row::Opens::before, Row::Runs::atLength},
         {
             "AnAddressOfAMegabyte",
             R"(<script>
@@ -117,7 +124,7 @@ std::vector<Row> navigationRows() {
                  "<script>const response = '/response?response={\"payload\":"
                  "{\"paid\":true}}';</script><p>" +
                  std::string(100, 'x');
-             checkout.server.reply("/drops", RawServer::response("200 OK", page), false, 0.005);
+             checkout.server.reply("/drops", RawServer::response("200 OK", page), false, 0.002);
              checkout.open("/drops");
              checkout.waitForPage();
          },
