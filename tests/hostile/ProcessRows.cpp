@@ -141,6 +141,8 @@ std::vector<Row> processRows() {
          [](HostileCheckout& checkout) {
              checkout.waitForPage();
              killWeb(checkout);
+             checkout.back();  // finds no page
+             EXPECT_EQ(checkout.server.requests().size(), 1u) << "nothing is loaded by itself";
          },
          Leaves::panel},
         {"WebProcessEndsInAnEvaluation",

@@ -61,6 +61,7 @@ std::vector<Row> textRows() {
                  checkout.evaluated("list"), JSONSerialization::ReadingOptions::none);
              const auto expected =
                  JSONSerialization::jsonObject(list(apps), JSONSerialization::ReadingOptions::none);
+             ASSERT_TRUE(parsed);
              EXPECT_THAT(*parsed.value().dictionary()->at("UPIApps").array(),
                          testing::UnorderedElementsAreArray(
                              *expected.value().dictionary()->at("UPIApps").array()));
