@@ -127,7 +127,9 @@ class ZORVIK_API ZorvikCheckoutWebView : public platform::UIViewController,
     void sendUPIResponse(const std::string& status, const std::string& message);
 
     // UPI launch
-    void handleUPIIntent(const platform::WKScriptMessage& message);
+    // `fields`: the message's body, read once, for a page may post megabytes.
+    void handleUPIIntent(const platform::WKScriptMessage& message,
+                         const std::optional<std::map<std::string, std::string>>& fields);
     void launchUPIApp(const std::string& packageName, const std::string& upiUrl,
                       const std::string& transactionId);
     void storeTransactionDetails(const std::string& transactionId, const std::string& packageName);

@@ -19,6 +19,12 @@ namespace {
 // is to start.
 constexpr double patienceAfterTimeout = 5;
 constexpr double patienceOfALoad = 1;
+// A navigation may cost a web process, which takes longer to come and go than a page takes to start
+// the next. So many are free, so many a second come back, and without one each waits a while: long
+// enough for a page in a storm to replace it before it starts.
+constexpr double freeNavigations = 10;
+constexpr double navigationsASecond = 5;
+constexpr double pauseOfAStorm = 0.2;
 
 Error errorFrom(const GError& error) {
     return {g_quark_to_string(error.domain), error.code, error.message};
@@ -62,11 +68,18 @@ class GtkWebPage::PolicyAnswer {
     void give(NavigationDecision decision) {
         const ObjectPointer<WebKitPolicyDecision> open = std::move(decision_);
         if (!open) return;
+        const bool isAllowed = decision == NavigationDecision::allow;
+        const bool waits = isAllowed && *page_ != nullptr && (*page_)->isInStorm(uri_);
         if (*page_ != nullptr) (*page_)->navigationDecided(uri_, isRedirect_, decision);
-        if (decision == NavigationDecision::allow) {
+        if (!isAllowed) {
+            webkit_policy_decision_ignore(open.get());
+        } else if (!waits) {
             webkit_policy_decision_use(open.get());
         } else {
-            webkit_policy_decision_ignore(open.get());
+            const std::shared_ptr<WebKitPolicyDecision> waiting(share(open.get()).release(),
+                                                                g_object_unref);
+            Environment::scheduler().runOnMainAfter(
+                pauseOfAStorm, [waiting] { webkit_policy_decision_use(waiting.get()); });
         }
     }
 
@@ -119,8 +132,12 @@ GtkWidget* GtkWebPage::widget() const {
 
 void GtkWebPage::load(const URLRequest& request) {
     if (!view_) return;
-    // A hung process would not load this either, and what it shows is to go anyway.
-    if (probe_ && probe_->seconds() >= patienceOfALoad && state_ == LoadState::none) {
+    // A hung process would not load this either, a page in a storm would at once load another, and
+    // what is shown is to go anyway.
+    const bool isHung = probe_ && probe_->seconds() >= patienceOfALoad && state_ == LoadState::none;
+    if (isHung || recentNavigations() > 2 * freeNavigations) {
+        state_ = LoadState::none;
+        navigations_ = 0;
         isRequested_ = showsPage_ = false;
         endProcess();
     }
@@ -146,7 +163,17 @@ std::optional<URL> GtkWebPage::currentUrl() const {
     return uri != nullptr ? URL::fromEngine(uri) : std::nullopt;
 }
 
+void GtkWebPage::takeTurnsWithDrawing() {
+    GSource* source = g_main_current_source();
+    const char* name = source != nullptr ? g_source_get_name(source) : nullptr;
+    if (name != nullptr && g_str_has_prefix(name, "[WebKit]") &&
+        g_source_get_priority(source) < GDK_PRIORITY_REDRAW) {
+        g_source_set_priority(source, GDK_PRIORITY_REDRAW);
+    }
+}
+
 void GtkWebPage::policyAsked(WebKitPolicyDecision* decision, int type) {
+    takeTurnsWithDrawing();
     watch_.progressSeen();
     if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
         // Ignored, a load of the main frame fails.
@@ -203,6 +230,30 @@ void GtkWebPage::navigationDecided(const std::string& uri, bool isRedirect,
         isRequested_ = false;
         if (state_ == LoadState::none) watch_.stop();
     }
+}
+
+// Counts a navigation that is allowed; whether it is one of too many that cost a process each.
+bool GtkWebPage::isInStorm(const std::string& uri) {
+    const auto document = [](std::string_view address) {
+        return address.substr(0, address.find('#'));
+    };
+    const char* text = webkit_web_view_get_uri(view_.get());
+    if (text == nullptr || isOwnRequest(uri) || document(uri) == document(text)) return false;
+    navigations_ = recentNavigations() + 1;
+    lastNavigation_ = Environment::scheduler().steadySeconds();
+    if (navigations_ <= freeNavigations) return false;
+    const auto target = URL::fromEngine(uri);
+    const auto current = URL::fromEngine(text);
+    const bool staysInProcess =
+        target && (target->scheme() == "data" || target->scheme() == "about");
+    const bool isSameSite = target && current && target->scheme() == current->scheme() &&
+                            target->host() == current->host();
+    return !staysInProcess && !isSameSite;
+}
+
+double GtkWebPage::recentNavigations() const {
+    const double seconds = Environment::scheduler().steadySeconds() - lastNavigation_;
+    return std::max(0.0, navigations_ - seconds * navigationsASecond);
 }
 
 void GtkWebPage::loadChanged(int event) {

@@ -64,6 +64,10 @@ class GtkWebPage : public WebPage {
         unsigned long signal = 0;
     };
 
+    // The engine hands over what its pages send before anything is drawn and before the main queue
+    // turns, so that a page that sends without a pause would stop both. Called in its reports, puts
+    // the source that brings them on a par.
+    static void takeTurnsWithDrawing();
     void connectSignals();
     void policyAsked(WebKitPolicyDecision* decision, int type);
     void newWindowAsked(WebKitNavigationAction* action);
@@ -81,6 +85,8 @@ class GtkWebPage : public WebPage {
 
     bool isOwnRequest(const std::string& uri) const;
     void navigationDecided(const std::string& uri, bool isRedirect, NavigationDecision decision);
+    bool isInStorm(const std::string& uri);
+    double recentNavigations() const;
     void loadEnded();
     void report(bool isCommitted, const Error& error);
 
@@ -99,6 +105,9 @@ class GtkWebPage : public WebPage {
     double requestTimeout_ = 0;
     std::weak_ptr<PolicyAnswer> requestAnswer_;  // the open question about it
     std::optional<std::string> refusedRedirect_;
+
+    double navigations_ = 0;  // of late, at the moment of the last one
+    double lastNavigation_ = 0;
 
     bool showsPage_ = false;  // one was committed, and its web process lives
 

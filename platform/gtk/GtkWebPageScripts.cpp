@@ -157,14 +157,16 @@ void GtkWebPage::removeAllContentRules() {
 }
 
 void GtkWebPage::messagePosted(const std::string& name, JSCValue* body) {
+    takeTurnsWithDrawing();
     const auto delegate = delegate_.lock();
     if (!delegate) return;
-    // A circular object has arrived as an object all the same.
+    // A circular object has arrived as an object all the same, and one of an endless text.
     delegate->pagePosted(
         name, scriptValue(body).value_or(ScriptValue{ScriptValue::Type::object, "null"}));
 }
 
 void GtkWebPage::panelAsked(WebKitScriptDialog* dialog) {
+    takeTurnsWithDrawing();
     const WebKitScriptDialogType type = webkit_script_dialog_get_dialog_type(dialog);
     if (type == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
         // A page cannot hold the customer back from leaving it.

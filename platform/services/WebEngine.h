@@ -13,7 +13,8 @@
 namespace zorvik::platform {
 
 // A value as a page's script holds it: its type, and its text. A string is its own text (UTF-8,
-// NUL characters included), every other type is its JSON text.
+// NUL characters included), every other type is its JSON text. One that has none, or unfolds to one
+// of many megabytes, has the text "null".
 struct ScriptValue {
     enum class Type { null, boolean, number, string, array, object };
 

@@ -103,7 +103,9 @@ void EventLoggingUtils::safeLogEvent(std::string_view eventName,
             event += id ? " \"" + *id + '"' : " nil";
     }
     EXPECT_EQ(sdkVersion, "2.0.15-alpha.4");
-    ScriptedCore::current->transcript.add(event + ' ' + description(additionalData.value()));
+    auto& core = *ScriptedCore::current;
+    core.transcript.add(event + ' ' +
+                        (core.describesEvents ? description(additionalData.value()) : ""));
 }
 
 void EventLoggingService::setAppCode(const std::optional<std::string>& appCode) {

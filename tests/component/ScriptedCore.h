@@ -68,6 +68,9 @@ class ScriptedCore : public ZorvikCoreApiSDK {
     Result<TransactionEnquiryResponse> enquiryAnswer = TransactionEnquiryResponse{};
     Result<Dictionary> shopOrderAnswer = Dictionary{};
 
+    // Events are recorded by name alone, where what they carry may be of any length.
+    bool describesEvents = true;
+
     // Answers wait for answerNext instead of coming from a background task.
     bool holdsAnswers = false;
     bool isAsked() const { return !held_.empty(); }

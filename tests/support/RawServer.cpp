@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -22,6 +23,16 @@ int bindSocket(std::uint16_t& port) {
     getsockname(number, generic, &size);
     port = ntohs(address.sin_port);
     return number;
+}
+
+// Until they are sent, or the other side is gone.
+void sendAll(int connection, const std::string& bytes, double pause) {
+    const std::size_t piece = pause > 0 ? 1 : bytes.size();
+    for (std::size_t sent = 0; sent < bytes.size(); sent += piece) {
+        if (send(connection, bytes.data() + sent, piece, MSG_NOSIGNAL) < 0) return;
+        pollfd other{connection, POLLIN, 0};
+        if (pause > 0 && poll(&other, 1, static_cast<int>(pause * 1000)) != 0) return;
+    }
 }
 
 }  // namespace
@@ -46,9 +57,10 @@ RawServer::~RawServer() {
     close(refusing_);
 }
 
-void RawServer::reply(const std::string& path, const std::string& bytes, bool holdsOpen) {
+void RawServer::reply(const std::string& path, const std::string& bytes, bool holdsOpen,
+                      double pause) {
     const std::scoped_lock lock(mutex_);
-    replies_[path] = {bytes, holdsOpen};
+    replies_[path] = {bytes, holdsOpen, pause};
 }
 
 std::string RawServer::response(const std::string& status, const std::string& body,
@@ -80,16 +92,18 @@ void RawServer::serve(int connection) {
         request.append(buffer, static_cast<std::size_t>(count));
         if (request[0] < 'A') break;  // no HTTP
     }
-    std::pair<std::string, bool> answer{response("404 Not Found", ""), false};
+    Reply answer{response("404 Not Found", "")};
     std::string path;
     if (std::istringstream(request).ignore(9, ' ') >> path && request.ends_with("\r\n\r\n")) {
         const std::scoped_lock lock(mutex_);
         requests_.push_back(request);
         const auto found = replies_.find(path.substr(0, path.find('?')));
         if (found != replies_.end()) answer = found->second;
-        send(connection, answer.first.data(), answer.first.size(), MSG_NOSIGNAL);
+    } else {
+        answer = {};
     }
-    while (answer.second && recv(connection, buffer, sizeof buffer, 0) > 0)
+    sendAll(connection, answer.bytes, answer.pause);
+    while (answer.holdsOpen && recv(connection, buffer, sizeof buffer, 0) > 0)
         continue;
     const std::scoped_lock lock(mutex_);
     std::erase(connections_, connection);

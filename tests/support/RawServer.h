@@ -5,7 +5,6 @@
 #include <mutex>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 namespace zorvik::tests {
@@ -19,8 +18,10 @@ class RawServer {
     RawServer& operator=(const RawServer&) = delete;
     ~RawServer();
 
-    // What a request for this path is answered with; without a reply it is 404.
-    void reply(const std::string& path, const std::string& bytes, bool holdsOpen = false);
+    // What a request for this path is answered with; without a reply it is 404. With a pause
+    // (seconds) the bytes leave one at a time.
+    void reply(const std::string& path, const std::string& bytes, bool holdsOpen = false,
+               double pause = 0);
     void replyPage(const std::string& path, const std::string& body) {
         reply(path, response("200 OK", "<!doctype html><meta charset=utf-8><body>" + body));
     }
@@ -42,6 +43,12 @@ class RawServer {
                                 const std::string& headers = "");
 
   private:
+    struct Reply {
+        std::string bytes;
+        bool holdsOpen = false;
+        double pause = 0;
+    };
+
     void accept();
     void serve(int connection);
 
@@ -52,7 +59,7 @@ class RawServer {
     const int refusing_;
     mutable std::mutex mutex_;
     bool isStopping_ = false;
-    std::map<std::string, std::pair<std::string, bool>> replies_;
+    std::map<std::string, Reply> replies_;
     std::vector<std::string> requests_;
     std::vector<int> connections_;
     std::vector<std::thread> threads_;

@@ -124,7 +124,7 @@ void ZorvikCheckoutWebView::userContentControllerDidReceive(
     logEvent(EventConstants::UPI_INTENT_STARTED,
              {{"transactionId", fields ? transactionId(*fields, messageTransactionIdKeys) : ""},
               {"parameters", message.body.text}});
-    handleUPIIntent(message);
+    handleUPIIntent(message, fields);
 }
 
 void ZorvikCheckoutWebView::injectUPIApps() {

@@ -7,7 +7,6 @@
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/common/CheckoutEvents.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/common/Text.h"
-#include "zorvik_mobile_kit_ios_webview_sdk/screen/IntentMessage.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/TransactionIds.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/screen/TransactionRecord.h"
 
@@ -19,12 +18,13 @@ using platform::printLine;
 using platform::UIApplication;
 using platform::UserDefaults;
 
-void ZorvikCheckoutWebView::handleUPIIntent(const platform::WKScriptMessage& message) {
+void ZorvikCheckoutWebView::handleUPIIntent(
+    const platform::WKScriptMessage& message,
+    const std::optional<std::map<std::string, std::string>>& fields) {
     if (message.body.type != platform::ScriptValue::Type::string) {
         printLine("[UPI INTENT] Invalid message format - expected string");
         return;
     }
-    const auto fields = intentFields(message.body);
     if (!fields) {
         printLine("[UPI INTENT] Failed to parse JSON from message body");
         return;

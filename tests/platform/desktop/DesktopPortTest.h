@@ -3,44 +3,22 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <png.h>
-#include <unistd.h>
 
 #include <array>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include ZORVIK_PORT_HEADER
+#include "tests/support/EngineProcesses.h"
 
 namespace zorvik::tests {
 
 using namespace zorvik::platform;
 
-inline bool isNamedAsWebProcess(pid_t process) {
-    std::ifstream file("/proc/" + std::to_string(process) + "/comm");
-    std::string name;
-    return std::getline(file, name) && name == webProcessName;
-}
-
-// The processes below this one that run the engine's pages. Linux only.
-inline std::vector<pid_t> webProcesses(pid_t ancestor = getpid()) {
-    std::vector<pid_t> found;
-    std::error_code ignored;
-    const bool isOriginal = isNamedAsWebProcess(ancestor);
-    const std::string tasks = "/proc/" + std::to_string(ancestor) + "/task";
-    for (const auto& task : std::filesystem::directory_iterator(tasks, ignored)) {
-        std::ifstream children(task.path() / "children");
-        for (pid_t child = 0; children >> child;) {
-            if (isNamedAsWebProcess(child) && (isOriginal || !webProcessesAreCopies))
-                found.push_back(child);
-            for (const pid_t grandchild : webProcesses(child))
-                found.push_back(grandchild);
-        }
-    }
-    return found;
+inline std::vector<pid_t> webProcesses() {
+    return engineProcesses(EngineProcess::web);
 }
 
 // Waits for what no turn of the main loop tells, such as another process's end.

@@ -1,5 +1,6 @@
 #include <signal.h>
 
+#include <filesystem>
 #include <thread>
 
 #include "platform/webkit/WKWebView.h"

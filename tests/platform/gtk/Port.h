@@ -18,8 +18,6 @@ namespace zorvik::tests {
 using Platform = platform::gtk::GtkPlatform;
 using PlatformOptions = platform::gtk::GtkPlatformOptions;
 using Window = GtkWindow;
-constexpr const char* webProcessName = "WebKitWebProces";
-constexpr bool webProcessesAreCopies = false;
 // A page's web process runs the next page too.
 constexpr bool handsProcessesOn = true;
 inline bool hasWrittenCookies(const std::string&) {

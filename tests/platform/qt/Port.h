@@ -15,9 +15,6 @@ namespace zorvik::tests {
 using Platform = platform::qt::QtPlatform;
 using PlatformOptions = platform::qt::QtPlatformOptions;
 using Window = QWidget;
-constexpr const char* webProcessName = "QtWebEngineProc";
-// Of a process of that name, which runs no page itself.
-constexpr bool webProcessesAreCopies = true;
 constexpr bool handsProcessesOn = false;
 // Whether the engine has let go of the cookies in this folder, which it does some time after its
 // platform has ended.
