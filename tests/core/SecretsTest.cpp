@@ -22,6 +22,17 @@ using platform::headless::ScriptedLoad, platform::headless::HeadlessPlatform;
 const std::string vpa = "canary.asha@nilgiri";
 const std::string phone = "9812345670";
 
+// Prints the events, and what the port said of a failed load as it said it.
+struct PrintingSink : development::JSONLinesEventSink {
+    explicit PrintingSink(std::ostream& stream) : JSONLinesEventSink(stream), stream_(stream) {}
+    void record(const development::RecordedEvent& event) override {
+        JSONLinesEventSink::record(event);
+        if (event.eventName != "WEBVIEW_FAILED") return;
+        stream_ << platform::description(event.additionalData->at("error")) << '\n';
+    }
+    std::ostream& stream_;
+};
+
 // Everything a checkout can print about: an answer, a hand-off and both ways back from it, a page
 // elsewhere, a load that fails.
 struct CheckoutRun {
@@ -34,7 +45,7 @@ struct CheckoutRun {
         core.webViewRespCheckUrl = "https://pay.example/response";
         core.upiApps = {{{.upiAppName = "Nilgiri Pay", .packageName = "nilgiri"}, "shopreturn"}};
         core.runInBackground = platform::Environment::runInBackground;
-        core.eventSink = std::make_shared<development::JSONLinesEventSink>(printed);
+        core.eventSink = std::make_shared<PrintingSink>(printed);
         core.orderBook = book;
         development::DevelopmentCore::shared().configure(core);
         testing::internal::CaptureStdout();
