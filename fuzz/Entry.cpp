@@ -11,6 +11,6 @@ void zorvik::fuzz::require(bool holds, const char* property) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
-    zorvik::fuzz::check({reinterpret_cast<const char*>(data), size});
+    zorvik::fuzz::Target::all().front()->check({reinterpret_cast<const char*>(data), size});
     return 0;
 }

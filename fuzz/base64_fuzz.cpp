@@ -5,6 +5,8 @@ namespace zorvik::fuzz {
 
 using namespace zorvik::platform;
 
+namespace {
+
 void check(std::string_view input) {
     require(base64Decode(base64Encode(input)) == input, "bytes survive the way there and back");
 
@@ -15,4 +17,7 @@ void check(std::string_view input) {
     }
 }
 
+const Target target("base64", check);
+
+}  // namespace
 }  // namespace zorvik::fuzz

@@ -56,8 +56,6 @@ void checkClaims(std::string_view claims) {
             "a string or integer sub-merchant id is read, nothing else");
 }
 
-}  // namespace
-
 void check(std::string_view input) {
     checkClaims(input);
     const std::string orderId = ZorvikCheckoutSDK::getOrderID(input);
@@ -73,4 +71,7 @@ void check(std::string_view input) {
             "only the second segment counts, empty ones never do");
 }
 
+const Target target("claims", check);
+
+}  // namespace
 }  // namespace zorvik::fuzz

@@ -51,8 +51,6 @@ bool isSame(const std::optional<DefaultsValue>& left, const std::optional<Defaul
            (left && right && port::defaultsEntry(*left) == port::defaultsEntry(*right));
 }
 
-}  // namespace
-
 // The file as another hand left it.
 void check(std::string_view input) {
     static const Folder folder;
@@ -86,4 +84,7 @@ void check(std::string_view input) {
     require(!fs::exists(folder.path / "defaults.json.new"), "no temporary file is left");
 }
 
+const Target target("defaults", check);
+
+}  // namespace
 }  // namespace zorvik::fuzz

@@ -16,12 +16,10 @@ using testkit::CheckoutTestKit;
 
 namespace {
 
-// What the page's object says, nullptr for what cannot be launched.
+// What the page's object says; nullptr for what is none of strings.
 const Dictionary* fieldsOf(const platform::Result<platform::Value>& parsed) {
     const Dictionary* fields = parsed ? parsed.value().dictionary() : nullptr;
-    if (fields == nullptr || !fields->contains("url") || !fields->contains("package_name")) {
-        return nullptr;
-    }
+    if (fields == nullptr) return nullptr;
     const auto isString = [](const auto& field) { return field.second.string() != nullptr; };
     return std::ranges::all_of(*fields, isString) ? fields : nullptr;
 }
@@ -39,8 +37,6 @@ Dictionary answer(const char* status, const char* message) {
     return {{"sdk_upi_intent_response", status}, {"sdk_transaction_enquiry_response", message}};
 }
 
-}  // namespace
-
 void check(std::string_view input) {
     CheckoutTestKit kit;
     kit.openCheckout();
@@ -53,13 +49,17 @@ void check(std::string_view input) {
     require(std::ranges::count_if(events, started) == 1, "a message is logged once");
     require(*event->additionalData.at("parameters").string() == input, "as the page wrote it");
 
-    const auto& opened = kit.platform().application().openedUrls();
-    const auto& record = kit.platform().defaults().entries();
-    const auto& answers = kit.messagesToPage();
     const auto parsed =
         JSONSerialization::jsonObject(input, JSONSerialization::ReadingOptions::fragmentsAllowed);
     const Dictionary* fields = fieldsOf(parsed);
-    if (fields == nullptr) {
+    require(*event->additionalData.at("transactionId").string() ==
+                (fields == nullptr ? "" : transactionIdOf(*fields)),
+            "with the id of the first key present");
+
+    const auto& opened = kit.platform().application().openedUrls();
+    const auto& record = kit.platform().defaults().entries();
+    const auto& answers = kit.messagesToPage();
+    if (fields == nullptr || !fields->contains("url") || !fields->contains("package_name")) {
         require(opened.empty() && record.empty() && answers.empty(),
                 "an unreadable one does nothing");
         return;
@@ -87,4 +87,7 @@ void check(std::string_view input) {
     require(answers.size() == 1 && answers[0] == expected, "the page is told why, once");
 }
 
+const Target target("intent", check);
+
+}  // namespace
 }  // namespace zorvik::fuzz

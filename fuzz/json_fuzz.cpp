@@ -28,8 +28,6 @@ void checkNumber(std::string_view input, const Value& value) {
     }
 }
 
-}  // namespace
-
 void check(std::string_view input) {
     const auto value =
         JSONSerialization::jsonObject(input, JSONSerialization::ReadingOptions::fragmentsAllowed);
@@ -61,4 +59,7 @@ void check(std::string_view input) {
     }
 }
 
+const Target target("json", check);
+
+}  // namespace
 }  // namespace zorvik::fuzz

@@ -115,8 +115,6 @@ void checkStatus(const CheckoutTestKit& kit, const std::string& status) {
             "an ordinary status comes out as it went in");
 }
 
-}  // namespace
-
 // The bytes are an app's name and its package's, and an order's status.
 void check(std::string_view input) {
     const std::string text(input);
@@ -130,4 +128,7 @@ void check(std::string_view input) {
     checkStatus(kit, text);
 }
 
+const Target target("literal", check);
+
+}  // namespace
 }  // namespace zorvik::fuzz

@@ -217,10 +217,11 @@ class Run {
     const std::shared_ptr<RecordingDelegate> other_ = std::make_shared<RecordingDelegate>();
 };
 
-}  // namespace
-
 void check(std::string_view input) {
     Run(input).play();
 }
 
+const Target target("page", check);
+
+}  // namespace
 }  // namespace zorvik::fuzz

@@ -57,8 +57,6 @@ std::string addressWith(std::string_view response) {
     return *components.string();
 }
 
-}  // namespace
-
 // The first byte says whether the rest is the query as it stands, a response, or one in base64.
 void check(std::string_view input) {
     if (input.empty()) return;
@@ -79,4 +77,7 @@ void check(std::string_view input) {
     require(kit.platform().scheduler().pendingCount() == 0, "and nothing to run");
 }
 
+const Target target("redirect", check);
+
+}  // namespace
 }  // namespace zorvik::fuzz

@@ -54,12 +54,11 @@ void checkSuccess(const CheckoutTestKit& kit, const std::string& transactionId) 
             "the enquiry decides, not the app");
 }
 
-}  // namespace
-
 void check(std::string_view input) {
     const std::string address = std::string(Services::returnScheme) + ':' + std::string(input);
     // One that holds a redirect is that before it is a return.
-    if (address.find(std::string(Services::responseUrl) + "?response=") != std::string::npos) return;
+    if (address.find(std::string(Services::responseUrl) + "?response=") != std::string::npos)
+        return;
     CheckoutTestKit kit;
     kit.openCheckout();
     kit.page().navigate(address);
@@ -97,4 +96,7 @@ void check(std::string_view input) {
     require(kit.lastResponse() == failure(reason, transactionId), "the host gets the app's word");
 }
 
+const Target target("return", check);
+
+}  // namespace
 }  // namespace zorvik::fuzz

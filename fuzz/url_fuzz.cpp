@@ -55,8 +55,6 @@ void checkItem(std::string_view input) {
     require(!isValidUtf8(value) || items[0].value == value, "a value reads back the same");
 }
 
-}  // namespace
-
 void check(std::string_view input) {
     const auto url = URL::parse(input);
     const auto components = URLComponents::parse(input);
@@ -79,4 +77,7 @@ void check(std::string_view input) {
     checkItem(input);
 }
 
+const Target target("url", check);
+
+}  // namespace
 }  // namespace zorvik::fuzz
