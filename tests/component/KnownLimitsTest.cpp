@@ -149,6 +149,16 @@ TEST_F(KnownLimitsTest, AReturnAddressThatCannotBeReadIsTakenAndNotReported) {
     EXPECT_TRUE(screen());
 }
 
+TEST_F(KnownLimitsTest, TheEventOfASuccessNamesTheOrderOfItsReportAndTheTokenOfItsOwnMoment) {
+    checkout();
+    redirect("1");
+    while (runTurn()) {
+    }
+    screen()->setOptions(optionsOf("another"));
+    runAll();
+    EXPECT_THAT(seen("event"), Contains(StartsWith(R"(PAYMENT_STATUS "order-7" "another" "" )")));
+}
+
 TEST_F(KnownLimitsTest, ALoadThatFailsOnceItHasBegunToShowTellsTheCustomerNothing) {
     load.ending = ScriptedLoad::Ending::failAfterCommit;
     openScreen();
