@@ -1,11 +1,13 @@
-#include "fuzz/Property.h"
+#include "fuzz/Target.h"
 #include "platform/foundation/Data.h"
+
+namespace zorvik::fuzz {
 
 using namespace zorvik::platform;
 
-extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
-    const std::string_view input(reinterpret_cast<const char*>(data), size);
+namespace {
 
+void check(std::string_view input) {
     require(base64Decode(base64Encode(input)) == input, "bytes survive the way there and back");
 
     if (const auto bytes = base64Decode(input)) {
@@ -13,5 +15,9 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
         require(text.size() == input.size(), "a text has one length");
         require(base64Decode(text) == bytes, "a decoded text encodes to the same bytes");
     }
-    return 0;
 }
+
+const Target target("base64", check);
+
+}  // namespace
+}  // namespace zorvik::fuzz

@@ -1,8 +1,10 @@
 #include <cstdlib>
 
-#include "fuzz/Property.h"
+#include "fuzz/Target.h"
 #include "platform/foundation/Data.h"
 #include "platform/foundation/JSONSerialization.h"
+
+namespace zorvik::fuzz {
 
 using namespace zorvik::platform;
 
@@ -26,17 +28,14 @@ void checkNumber(std::string_view input, const Value& value) {
     }
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
-    const std::string_view input(reinterpret_cast<const char*>(data), size);
+void check(std::string_view input) {
     const auto value =
         JSONSerialization::jsonObject(input, JSONSerialization::ReadingOptions::fragmentsAllowed);
     const auto absent = JSONSerialization::member(input, "\xFF");
     if (!value) {
         require(!absent, "member() accepts no text that jsonObject() refuses");
         require(!Value::parseNumber(input), "every number is a text");
-        return 0;
+        return;
     }
     require(isValidUtf8(input), "only UTF-8 is accepted");
     checkNumber(input, value.value());
@@ -51,12 +50,16 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
 
     const Dictionary* dictionary = value.value().dictionary();
     require(absent.isSuccess() == (dictionary != nullptr), "member() wants an object");
-    if (dictionary == nullptr) return 0;
+    if (dictionary == nullptr) return;
     require(!absent.value(), "an absent member is absent");
     for (const auto& [key, expected] : *dictionary) {
         const auto member = JSONSerialization::member(input, key);
         require(member && member.value() == expected, "member() agrees with jsonObject()");
         if (dictionary->size() > 8) break;  // long objects would only slow the search down
     }
-    return 0;
 }
+
+const Target target("json", check);
+
+}  // namespace
+}  // namespace zorvik::fuzz

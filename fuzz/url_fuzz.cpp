@@ -1,9 +1,11 @@
 #include <algorithm>
 
-#include "fuzz/Property.h"
+#include "fuzz/Target.h"
 #include "platform/foundation/Data.h"
 #include "platform/foundation/URL.h"
 #include "platform/foundation/URLComponents.h"
+
+namespace zorvik::fuzz {
 
 using namespace zorvik::platform;
 
@@ -53,11 +55,7 @@ void checkItem(std::string_view input) {
     require(!isValidUtf8(value) || items[0].value == value, "a value reads back the same");
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
-    const std::string_view input(reinterpret_cast<const char*>(data), size);
-
+void check(std::string_view input) {
     const auto url = URL::parse(input);
     const auto components = URLComponents::parse(input);
     require(url.has_value() == (components.has_value() && !input.empty()),
@@ -77,5 +75,9 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     }
 
     checkItem(input);
-    return 0;
 }
+
+const Target target("url", check);
+
+}  // namespace
+}  // namespace zorvik::fuzz

@@ -4,6 +4,7 @@
 
 #include "platform/foundation/Data.h"
 #include "platform/foundation/JSONSerialization.h"
+#include "platform/foundation/Shortened.h"
 
 namespace zorvik::development {
 
@@ -18,7 +19,9 @@ using platform::Value;
 constexpr int readableDepth = 64;
 
 Value writable(const Value& value, int depth) {
-    if (const std::string* text = value.string()) return platform::readableText(*text);
+    if (const std::string* text = value.string()) {
+        return platform::shortened(platform::readableText(*text));
+    }
     if (const double* number = value.number(); number && !std::isfinite(*number)) {
         return platform::description(value);
     }
@@ -67,9 +70,7 @@ std::vector<RecordedEvent> MemoryEventSink::events() const {
 }
 
 void JSONLinesEventSink::record(const RecordedEvent& event) {
-    const Value value = asValue(event);
-    auto line = JSONSerialization::data(value);
-    if (!line) line = JSONSerialization::data(writable(value, 0));
+    const auto line = JSONSerialization::data(writable(asValue(event), 0));
     if (!line) return;
     const std::scoped_lock lock(mutex_);
     stream_ << line.value() << '\n' << std::flush;

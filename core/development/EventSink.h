@@ -41,9 +41,10 @@ class ZORVIK_API MemoryEventSink : public EventSink {
     std::vector<RecordedEvent> events_;
 };
 
-// Writes each event as one line of JSON and flushes it. What JSON cannot write (bytes that are not
-// UTF-8, infinite numbers, very deep nesting) is written as a description instead, and a stream
-// that fails loses the event silently. Any thread; lines never mix.
+// Writes each event as one line of JSON, tokens and personal data shortened, and flushes it. What
+// JSON cannot write (bytes that are not UTF-8, infinite numbers, very deep nesting) is written as a
+// description instead, and a stream that fails loses the event silently. Any thread; lines never
+// mix.
 class ZORVIK_API JSONLinesEventSink : public EventSink {
   public:
     // The stream must outlive the sink and is written to by nobody else meanwhile.

@@ -7,6 +7,7 @@
 
 #include "examples/common/OrderRecordJSON.h"
 #include "platform/foundation/JSONSerialization.h"
+#include "platform/foundation/Shortened.h"
 
 namespace zorvik::demo {
 
@@ -199,7 +200,7 @@ HttpResponse Backend::writeJournal(const HttpRequest&, const Dictionary& body, c
     std::string line = textOf(body, "line");
     std::replace_if(
         line.begin(), line.end(), [](unsigned char character) { return character < ' '; }, ' ');
-    std::cout << "page     " << line << std::endl;
+    std::cout << "page     " << platform::shortened(line) << std::endl;
     return jsonResponse(200, {});
 }
 

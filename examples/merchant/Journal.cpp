@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "platform/foundation/Console.h"
+#include "platform/foundation/Shortened.h"
 
 namespace zorvik::demo {
 
@@ -27,8 +28,8 @@ void printLabelled(const std::string& label, const std::string& line) {
     static std::mutex mutex;
     const std::scoped_lock lock(mutex);
     const std::size_t width = 9;
-    std::cout << label << std::string(label.size() < width ? width - label.size() : 1, ' ') << line
-              << std::endl;
+    std::cout << label << std::string(label.size() < width ? width - label.size() : 1, ' ')
+              << platform::shortened(line) << std::endl;
 }
 
 std::shared_ptr<development::EventSink> makePrintingSink() {

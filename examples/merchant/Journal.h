@@ -8,7 +8,7 @@
 namespace zorvik::demo {
 
 // What the demonstration prints: one line each, told apart by its first word, in the order in
-// which things happened. Any thread; lines never mix.
+// which things happened, tokens and personal data shortened. Any thread; lines never mix.
 void printLabelled(const std::string& label, const std::string& line);
 
 // Prints each event as a line of JSON.

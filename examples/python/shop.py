@@ -93,7 +93,8 @@ class Shop(Gtk.Application):
         zorvik_checkout.checkout(self.platform.presenter(self.window), order_token=token)
 
     def paid(self, result):
-        print("received", result, flush=True)
+        # The whole of it may hold the order token and the customer's data.
+        print("received", result.get("error", result.get("status")), flush=True)
         self.result = result
         self.button.set_label("Failed" if "error" in result else "Paid")
         if self.automatic:

@@ -74,7 +74,8 @@ std::filesystem::path withEnding(std::filesystem::path file, const std::string& 
 bool makeFolder(const std::filesystem::path& folder) {
     struct stat found;
     if (folder.empty() || stat(folder.c_str(), &found) == 0) return true;
-    return makeFolder(folder.parent_path()) &&
+    // The topmost one is its own parent.
+    return folder.has_relative_path() && makeFolder(folder.parent_path()) &&
            (mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST);
 }
 
@@ -202,10 +203,17 @@ bool FileDefaults::replaceFile(const Dictionary& entries) const {
     }
     const std::filesystem::path next = withEnding(file_, ".new");
     const OpenFile file(next, O_WRONLY | O_CREAT | O_TRUNC);
-    if (!file || !file.append(text.value() + "\n") || !file.flush()) {
-        return failed("the file cannot be written");
+    if (!file) return failed("the file cannot be written");
+    if (!file.append(text.value() + "\n") || !file.flush()) {
+        failed("the file cannot be written");
+        unlink(next.c_str());  // a full disk has no room for half a file
+        return false;
     }
-    if (rename(next.c_str(), file_.c_str()) != 0) return failed("the file cannot be replaced");
+    if (rename(next.c_str(), file_.c_str()) != 0) {
+        failed("the file cannot be replaced");
+        unlink(next.c_str());
+        return false;
+    }
     // The new name is durable once the folder is.
     const OpenFile folder(file_.parent_path(), O_RDONLY | O_DIRECTORY);
     if (!folder || !folder.flush()) return failed("the folder cannot be flushed");

@@ -17,7 +17,8 @@ bool canNameFolder(const std::string& name);
 // Entries in one JSON file, stored when the call returns: the file is replaced as a whole, once a
 // call, so a crash leaves the old one or the new one. What cannot be stored is told on standard
 // error, counts here all the same, and goes with the next store that succeeds, at the latest with
-// one tried at the end; a process killed before that leaves the file as it was.
+// one tried at the end; a process killed before that leaves the file as it was, and at most one
+// `<file>.new` beside it, which the next store takes.
 //
 // Several processes may share the file. What another one stored is seen from the next store on;
 // reading, and removing what is not there as far as this one knows, touches no file. A store waits

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/foundation/ProgrammingError.h"
+#include "platform/foundation/Shortened.h"
 
 namespace zorvik::platform::headless {
 
@@ -99,14 +100,15 @@ ScriptedLoad ScriptedWebEngine::answerLoad(const std::string& url) const {
     if (answer) return *answer;
     ScriptedLoad refused;
     refused.ending = ScriptedLoad::Ending::failBeforeCommit;
-    refused.error = makeError(notScripted, "No answer is scripted for the load of " + url);
+    refused.error =
+        makeError(notScripted, "No answer is scripted for the load of " + shortened(url));
     return refused;
 }
 
 Result<ScriptValue> ScriptedWebEngine::answerEvaluation(const std::string& text) const {
     const auto script = evaluationScript_;  // it may set another one
     if (script) return script(text);
-    return makeError(notScripted, "No answer is scripted for the evaluation of " + text);
+    return makeError(notScripted, "No answer is scripted for the evaluation of " + shortened(text));
 }
 
 ScriptedPage::ScriptedPage(ScriptedWebEngine& engine, const WebPageConfiguration& configuration,

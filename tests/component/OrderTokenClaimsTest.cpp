@@ -15,7 +15,6 @@ std::string claimsOf(const std::string& orderId, const std::string& subMerchantI
 TEST_F(OrderTokenClaimsTest, TheReadersDifferInSegmentsAlphabetAndClaimTypesAndNeverFail) {
     const std::string claims = base64Encode(R"({"order_id":"o1","sub_merchant_id":"s1"})");
     const std::string plus = R"({"order_id":"o","sub_merchant_id":">>>"})";  // "+" in its base64
-    const std::string slash = R"({"order_id":"o","sub_merchant_id":"???"})";
     const std::string deep = std::string(100'000, '[') + std::string(100'000, ']');
     const struct {
         const char* name;
@@ -27,27 +26,13 @@ TEST_F(OrderTokenClaimsTest, TheReadersDifferInSegmentsAlphabetAndClaimTypesAndN
         {"empty segments count for the screen", ".h.." + claims + "...s.", "o1", "s1", ""},
         {"an empty header", "." + claims + ".s", "", "", "o1"},
         {"one segment", claims, "", "", ""},
-        {"two segments and a dot", "h." + claims + ".", "", "", "o1"},
         {"four segments", "h." + claims + ".s.t", "", "", "o1"},
         {"length 4k+1", "h." + base64Encode("{}  {}").substr(0, 5) + ".s", "", "", ""},
         {"standard alphabet", "h." + base64Encode(plus) + ".s", "o", ">>>", "o"},
         {"URL-safe for +", "h." + urlSafeBase64(plus) + ".s", "", ">>>", ""},
-        {"URL-safe for /", "h." + urlSafeBase64(slash) + ".s", "", "???", ""},
         {"line break", "h." + claims.substr(0, 4) + "\n" + claims.substr(4) + ".s", "", "", ""},
-        {"order id a number", claimsOf("7", "\"s\""), "", "s", ""},
-        {"sub-merchant null", claimsOf("\"o\"", "null"), "o", "", "o"},
-        {"beyond a double", claimsOf("\"o\"", "-9007199254740993"), "o", "-9007199254740993", ""},
-        {"unsigned", claimsOf("\"o\"", "18446744073709551615"), "o", "18446744073709551615", ""},
         {"beyond 64 bits", claimsOf("\"o\"", "123456789012345678901"), "o", "123456789012345678901",
          ""},
-        {"sub-merchant 1e400", claimsOf("\"o\"", "1e400"), "o", "", ""},
-        {"others beyond every type", claimsOf("\"o\"", R"("s","a":[-1e-400,{"b":1e400}])"), "o",
-         "s", ""},
-        {"sub-merchant 4.5", claimsOf("\"o\"", "4.5"), "o", "", ""},
-        {"emoji and escapes", claimsOf("\"\\u20b9 😀\"", "\"ஸ\""), "₹ 😀", "ஸ", ""},
-        {"no object", tokenOf(R"(["order_id"])"), "", "", ""},
-        {"text after the object", tokenOf(R"({"order_id":"o"} x)"), "", "", ""},
-        {"not UTF-8", tokenOf("{\"order_id\":\"\xff\"}"), "", "", ""},
         {"100,000 levels", claimsOf("\"o\"", deep), "", "", ""},
     };
     openScreen();

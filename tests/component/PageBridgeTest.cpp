@@ -62,10 +62,7 @@ TEST_F(PageBridgeTest, EveryIntentMessageIsLoggedWithTheIdItsTextHolds) {
         {stringBody(R"({"tr":"1","amount":5})"), "", parse},
         {stringBody(std::string(100'000, '[')), "", parse},
         {stringBody(R"({"package_name":"p","tr":"1"})"), "1", fields},
-        {stringBody(R"({"url":"u","txnId":"A","transactionId":"B"})"), "B", fields},
         {stringBody(R"({"txnId":"A","tr":""})"), "", fields},
-        {stringBody(R"({"tr":"A","transactionId":"B"})"), "B", fields},
-        {stringBody(R"({"TR":"A","merchantTransactionId":"M"})"), "M", fields},
     };
     openScreen();
     for (const auto& [body, id, transcript] : cases) {
@@ -75,16 +72,6 @@ TEST_F(PageBridgeTest, EveryIntentMessageIsLoggedWithTheIdItsTextHolds) {
         const Dictionary data{{"transactionId", id}, {"parameters", body.text}};
         EXPECT_EQ(seen("event").at(0), "UPI_INTENT_STARTED " + description(data));
         EXPECT_TRUE(hasTranscript("[UPI", transcript));
-    }
-    // From the last key to the first, each before the ones it must win over.
-    std::string ids = "{";
-    for (const std::string key :
-         {"merchantTransactionId", "upiTransactionId", "pspTransactionId", "zorvikTransactionId",
-          "transaction_id", "txn_id", "txnId", "tr", "transactionId"}) {
-        postIntent(stringBody((ids += '"' + key + "\":\"id-" + key + '"') + '}'));
-        ids += ',';
-        run();
-        EXPECT_THAT(seen("event").back(), HasSubstr("\"transactionId\": \"id-" + key + '"'));
     }
     forget();
     screen()->userContentControllerDidReceive(

@@ -70,23 +70,5 @@ TEST_F(ResultBridgeTest, TheHostHearsBeforeTheScreenGoesAndTheEventFollowsInTheB
     EXPECT_FALSE(screen());
 }
 
-TEST_F(ResultBridgeTest, AReportReachesTheDelegateOfTheStartAndNoneAfterASecondCheckout) {
-    const auto later = std::make_shared<Receiver>();
-    later->name = "later";
-    checkout();
-    sdk.setDelegate(later);
-    redirect("%7B%22payload%22:%7B%22a%22:1%7D%7D");
-    redirect("1");  // a second report of the same screen
-    runAll();
-    EXPECT_THAT(seen("host"), ElementsAre(R"(["a": 1])", "[:]"));
-
-    checkout();
-    sdk.checkout(presenter, {});
-    redirect("1");
-    runAll();
-    EXPECT_THAT(seen("later"), IsEmpty()) << "the bridge went with the second checkout";
-    EXPECT_TRUE(screen()) << "nobody is left to close it";
-}
-
 }  // namespace
 }  // namespace zorvik

@@ -1,3 +1,5 @@
+#include <atomic>
+#include <random>
 #include <thread>
 
 #include "tests/component/CheckoutFixture.h"
@@ -5,40 +7,170 @@
 namespace zorvik {
 namespace {
 
-// Background tasks run on two threads of their own while the main thread goes on. What these tests
-// look for is mostly for a race detector to find.
+using platform::headless::HeadlessPlatform, platform::headless::HeadlessScheduler;
+
+// A host that does in a fixed but wild order what it may do on the main thread, while two threads
+// of its own do what any thread may, and background tasks and answers run on two more. Ports come
+// and go under it. What it looks for is mostly for a race detector to find.
+class ThreadStormTest : public testing::Test {
+  protected:
+    static constexpr int ports = 15, stepsOfAPort = 400;
+
+    ThreadStormTest() {
+        platform::setConsoleSink([](std::string_view) {});
+    }
+    ~ThreadStormTest() override { platform::setConsoleSink({}); }
+
+    // Counts its deaths on another thread than the main one.
+    struct Witness {
+        explicit Witness(ThreadStormTest& storm) : test(storm) {}
+        ~Witness() { test.strayed += std::this_thread::get_id() == test.mainThread ? 0 : 1; }
+        ThreadStormTest& test;
+    };
+
+    unsigned choice(unsigned count) { return static_cast<unsigned>(random() % count); }
+
+    void usePort() {
+        HeadlessPlatform port(HeadlessScheduler::Background::threads);
+        port.web().onLoad([](const std::string&) { return ScriptedLoad(); });
+        port.web().onEvaluate([](const std::string&) { return ScriptValue(); });
+        presenter = platform::makeOnMainThread<platform::UIViewController>();
+        presenter->setShownByStage(true);
+        for (int count = 0; count < stepsOfAPort; ++count)
+            step(port);
+        if (choice(2) == 0) {
+            ZorvikCheckoutSDK::reset();
+            handOver(nullptr);
+            presenter.reset();
+            port.scheduler().settle();
+        }
+        presenter.reset();
+    }
+
+    void step(HeadlessPlatform& port) {
+        auto& sdk = ZorvikCheckoutSDK::shared();
+        switch (choice(18)) {
+            case 0:
+                sdk.setDelegate(choice(3) == 0 ? nullptr : std::make_shared<Receiver>());
+                break;
+            case 1:
+                sdk.setDelegate(host);
+                break;
+            case 2:
+                sdk.setEnvironmentUrl("https://pay.example/" + std::to_string(choice(9)));
+                sdk.initialize("shop-" + std::to_string(choice(9)));
+                break;
+            case 3:
+                if (!shown())
+                    sdk.checkout(presenter, optionsOf(choice(2) == 0 ? plainToken() : otherToken));
+                break;
+            case 4:
+                if (choice(9) == 0) ZorvikCheckoutSDK::reset();
+                sdk.handleDeviceBackButtonPress();
+                break;
+            case 5:
+            case 9:
+                if (const auto screen = shown()) {
+                    screen->swipeBackDetected();
+                    for (int change = 0; change < 20; ++change)
+                        screen->setOptions(optionsOf(change % 2 == 0 ? otherToken : plainToken()));
+                    screens.push_back(screen);
+                    handOver(screen);
+                }
+                break;
+            case 6:
+                if (!port.web().pages().empty()) {
+                    port.web().page().navigate("https://pay.example/check?response=1");
+                }
+                break;
+            case 7:
+                if (!port.web().pages().empty()) {
+                    port.web().page().navigate("shopreturn://upi?status=failure&tr=T");
+                }
+                break;
+            case 8:
+                presenter->dismiss(false);
+                break;
+            default:
+                for (int turns = 0; turns < 30; ++turns)
+                    if (!port.scheduler().runOneTurn()) std::this_thread::yield();
+        }
+    }
+    Screen shown() const {
+        return std::dynamic_pointer_cast<ZorvikCheckoutWebView>(
+            presenter->presentedViewController());
+    }
+
+    // What any thread may do. It takes the screen over, and may be the last to hold it.
+    void otherThread() {
+        for (unsigned round = 0; !isOver; ++round) {
+            if (const Screen screen = handOver(nullptr)) {
+                screen->handleDeviceBackButtonPress();
+                tornOptions += isTorn(screen->options()) ? 1 : 0;
+            }
+            auto& sdk = ZorvikCheckoutSDK::shared();
+            sdk.createOrder(1, "INR", {}, std::nullopt, [this](const auto&) { ++answers; });
+            platform::Environment::runOnMain(
+                [witness = platform::makeOnMainThread<Witness>(*this)] {});
+            ZorvikCheckoutSDK::getOrderID(otherToken);
+            if (round % 8 == 0) platform::setConsoleSink([](std::string_view) {});
+            std::this_thread::yield();
+        }
+    }
+    static bool isTorn(const ZorvikCheckoutOptions& options) {
+        return options.orderToken != plainToken() && options.orderToken != otherToken;
+    }
+    Screen handOver(const Screen& screen) {
+        const std::scoped_lock lock(mutex);
+        return std::exchange(handedOver, screen);
+    }
+
+    static inline const std::string otherToken = tokenOf(R"({"order_id":"order-8"})");
+    ScriptedCore core;
+    std::mt19937 random{20261123};
+    std::shared_ptr<Receiver> host = std::make_shared<Receiver>();
+    std::shared_ptr<platform::UIViewController> presenter;
+    std::vector<std::weak_ptr<ZorvikCheckoutWebView>> screens;
+    std::mutex mutex;
+    Screen handedOver;
+    std::atomic<bool> isOver = false;
+    std::atomic<int> answers = 0, tornOptions = 0, strayed = 0;
+    const std::thread::id mainThread = std::this_thread::get_id();
+};
+
+TEST_F(ThreadStormTest, WhateverThreadsAndPortsDoNothingIsTornLostOrLeftBehind) {
+    usePort();  // the first, which other threads may not be ahead of
+    std::thread first([this] { otherThread(); });
+    std::thread second([this] { otherThread(); });
+    for (int count = 1; count < ports; ++count)
+        usePort();
+    isOver = true;
+    first.join();
+    second.join();
+    handOver(nullptr);
+    ZorvikCheckoutSDK::reset();
+    HeadlessPlatform port;
+    port.scheduler().settle();
+    EXPECT_THAT(screens,
+                Each(testing::Property(&std::weak_ptr<ZorvikCheckoutWebView>::expired, true)));
+    EXPECT_GT(screens.size(), 10u);
+    EXPECT_GT(answers, 0);
+    EXPECT_EQ(tornOptions, 0);
+    EXPECT_EQ(strayed, 0);
+    const std::string other = " \"order-8\" \"" + otherToken + "\" \"\" ";
+    for (const auto& event : core.transcript.entries("event ")) {
+        // Its ids are of two moments: a known limit.
+        if (event.find("\"status\": \"success\"") != std::string::npos) continue;
+        const std::string ids = event.substr(event.find(' '));
+        EXPECT_TRUE(ids.starts_with(" [") || ids.starts_with(" none [") || ids.starts_with(other))
+            << event;
+    }
+}
+
 class ThreadsTest : public CheckoutTest {
   protected:
     ThreadsTest() : CheckoutTest(Background::threads) {}
 };
-
-TEST_F(ThreadsTest, TheDelegateMayChangeWhileACheckoutsStartIsLogged) {
-    const auto other = std::make_shared<Receiver>();
-    for (int round = 0; round < 200; ++round) {
-        sdk.checkout(presenter, {});
-        sdk.setDelegate(other);
-        sdk.setDelegate({});
-        sdk.setDelegate(host);
-    }
-    scheduler.settle();
-    EXPECT_THAT(seen("event"), SizeIs(400));
-    EXPECT_THAT(seen("event"), Each(testing::AnyOf(HasSubstr("\"proxy_delegate_present\": "),
-                                                   HasSubstr("No orderToken provided"))));
-}
-
-TEST_F(ThreadsTest, OptionsMayChangeWhileEventsAreLogged) {
-    openScreen(optionsOf("token-0"));
-    for (int round = 0; round < 200; ++round) {
-        screen()->swipeBackDetected();
-        for (int change = 0; change < 50; ++change) {
-            screen()->setOptions(optionsOf("token-" + std::to_string(change)));
-        }
-        scheduler.runOneTurn();
-    }
-    scheduler.settle();
-    EXPECT_THAT(seen("event"), SizeIs(400));
-    EXPECT_THAT(seen("event"), Each(StartsWith("BACK_BUTTON_PRESSED \"\" \"token-")));
-}
 
 TEST_F(ThreadsTest, AScreenDroppedOnAnotherThreadIsDestroyedOnTheMainOne) {
     for (int round = 0; round < 50; ++round) {

@@ -63,36 +63,5 @@ call getTransactionEnquiry(TOKEN, order-7, order-7, T1)
     EXPECT_EQ(last(), "[UPI SUCCESS] ❌ No order token available");
 }
 
-TEST_F(UPIStatusTest, TheReasonOfAFailureIsTheAppsOwnIfItGivesOne) {
-    using Texts = std::pair<std::string, std::string>;
-    openScreen();
-    for (const auto& [more, reason] :
-         {Texts("reason=R&message=M", "R"), Texts("message=M", "M"), Texts("reason=&message=M", ""),
-          Texts("Reason=R", "Payment failed")}) {
-        returnWith("status=Failure&" + more);
-        run();
-        EXPECT_THAT(seen("failure").back(), StartsWith(R"(["error": ")" + reason + '"'));
-    }
-}
-
-TEST_F(UPIStatusTest, TheTransactionIdIsThatOfTheFirstKeyPresent) {
-    openScreen();
-    const auto expectId = [this](const std::string& query, const std::string& id) {
-        returnWith("status=success&" + query);
-        EXPECT_EQ(seen("call").back(),
-                  "getTransactionEnquiry(TOKEN, order-7, order-7, " + id + ")");
-    };
-    expectId("TR=1&txnid=2", "");
-    expectId("tr=&txnId=2", "");
-    // From the last key to the first, each before the ones it must win over.
-    std::string query;
-    for (const std::string key :
-         {"merchantTransactionId", "upiTransactionId", "pspTransactionId", "zorvikTransactionId",
-          "transaction_id", "txn_id", "transactionId", "txnId", "tr"}) {
-        query += key + "=id-" + key + "&";
-        expectId(query, "id-" + key);
-    }
-}
-
 }  // namespace
 }  // namespace zorvik

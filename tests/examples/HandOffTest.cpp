@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +17,7 @@ namespace zorvik::tests {
 namespace {
 
 using ::testing::Contains;
+using ::testing::ContainsRegex;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsSupersetOf;
@@ -32,7 +35,7 @@ class DemoRun {
         const std::string command =
             "ZORVIK_DEMO_IS_READY=1 ZORVIK_DEMO_PROGRAMS='" ZORVIK_DEMO_PROGRAMS
             "' timeout 120 '" ZORVIK_SOURCE_FOLDER "/scripts/demo' --customer auto --scenario " +
-            scenario + " --png-folder '" + pictures + "' 2>/dev/null";
+            scenario + " --png-folder '" + pictures + "' 2>'" + pictures + "/errors'";
         std::FILE* output = popen(command.c_str(), "r");
         char piece[4096];
         std::string line;
@@ -44,6 +47,9 @@ class DemoRun {
             line.clear();
         }
         exitStatus = pclose(output);
+        std::ostringstream errors;
+        errors << std::ifstream(pictures + "/errors").rdbuf();
+        errors_ = errors.str();
         std::filesystem::remove_all(pictures);
     }
 
@@ -67,7 +73,7 @@ class DemoRun {
         return static_cast<std::size_t>(std::count(names.begin(), names.end(), name));
     }
     std::string everything() const {
-        std::string text;
+        std::string text = errors_;
         for (const auto& line : all_) {
             text += line + "\n";
         }
@@ -94,6 +100,7 @@ class DemoRun {
     }
 
     Lines all_;
+    std::string errors_;
 };
 
 const Lines emptyStore{"at the end, current_transaction_id: none",
@@ -109,9 +116,11 @@ Lines chosen(const Lines& after = {}) {
 }
 
 // The host was called, the screen's end emptied the store, and so many payment statuses were
-// logged.
+// logged; nothing that was printed holds a secret.
 void expectAnswered(const DemoRun& run, std::size_t paymentStatuses = 1) {
     EXPECT_EQ(run.exitStatus, 0);
+    // The claims of the order's token, the payee's VPA.
+    EXPECT_THAT(run.everything(), Not(ContainsRegex("[.]ey[A-Za-z0-9+/]{12}|tealheron(@|%40)")));
     EXPECT_THAT(run.told("store"), IsSupersetOf(emptyStore));
     EXPECT_EQ(run.backgroundEvents("PAYMENT_STATUS"), paymentStatuses);
 }

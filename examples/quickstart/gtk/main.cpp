@@ -1,5 +1,6 @@
 #include <core/development/DevelopmentCore.h>
 #include <gtk/gtk.h>
+#include <platform/foundation/Shortened.h>
 #include <platform/gtk/GtkPlatform.h>
 #include <platform/runtime/Environment.h>
 #include <zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckout.h>
@@ -12,7 +13,8 @@ struct Shop : ZorvikCheckoutSDKDelegate {
     std::shared_ptr<platform::UIViewController> presenter;
     std::string token;
     void onCheckoutResponse(const platform::Dictionary& data) override {
-        g_print("The checkout answered %s\n", platform::description(data).c_str());
+        g_print("The checkout answered %s\n",
+                platform::shortened(platform::description(data)).c_str());
     }
 };
 

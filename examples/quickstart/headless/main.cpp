@@ -1,4 +1,5 @@
 #include <core/development/DevelopmentCore.h>
+#include <platform/foundation/Shortened.h>
 #include <platform/headless/HeadlessPlatform.h>
 #include <platform/runtime/Environment.h>
 #include <platform/runtime/MainThread.h>
@@ -10,7 +11,8 @@ using namespace zorvik;
 
 struct Shop : ZorvikCheckoutSDKDelegate {
     void onCheckoutResponse(const platform::Dictionary& data) override {
-        std::cout << "The checkout answered " << platform::description(data) << std::endl;
+        std::cout << "The checkout answered " << platform::shortened(platform::description(data))
+                  << std::endl;
     }
 };
 

@@ -197,35 +197,5 @@ TEST_F(FileDefaultsTest, AProcessThatHangsWithTheLockCostsOneShortWaitAndLosesNo
     }
 }
 
-TEST_F(FileDefaultsTest, AWriterKilledAtAnyMomentLeavesWhatItHadStored) {
-    for (unsigned round = 0; round < 20; ++round) {
-        std::array<int, 2> ends{};
-        ASSERT_EQ(pipe(ends.data()), 0);
-        const pid_t writer = fork();
-        if (writer == 0) {
-            FileDefaults defaults(file);
-            for (int i = 0;; ++i) {
-                defaults.write("count", 1.0 * i);
-                const bool isTold = write(ends[1], &i, sizeof i) == sizeof i;
-                defaults.write("filler", std::string(20'000, isTold ? 'x' : 'y'));
-            }
-        }
-        close(ends[1]);
-        int stored = -1;
-        for (unsigned i = 0; i <= round; ++i)
-            ASSERT_EQ(read(ends[0], &stored, sizeof stored), ssize_t{sizeof stored});
-        kill(writer, SIGKILL);
-        waitpid(writer, nullptr, 0);
-        for (int later = 0; read(ends[0], &later, sizeof later) == ssize_t{sizeof later};)
-            stored = later;
-        close(ends[0]);
-        std::optional<DefaultsValue> count;
-        EXPECT_EQ(told([&] { count = FileDefaults(file).read("count"); }), "");
-        ASSERT_TRUE(count.has_value());
-        EXPECT_GE(std::get<double>(*count), stored) << "what was told as stored is there";
-        fs::remove(file);
-    }
-}
-
 }  // namespace
 }  // namespace zorvik::platform::desktop

@@ -79,31 +79,6 @@ TEST(EnvironmentTest, WhatComesAfterThePortIsDroppedAndDestroyedOnTheMainThread)
     next.scheduler().settle();
 }
 
-TEST(EnvironmentTest, OtherThreadsMayPostWhilePortsComeAndGo) {
-    ThreadLog log;
-    std::make_unique<HeadlessPlatform>().reset();
-    std::atomic<bool> isOver = false;
-    std::vector<std::thread> posters;
-    for (int index = 0; index < 2; ++index) {
-        posters.emplace_back([&] {
-            while (!isOver) {
-                DispatchQueue::main().async([object = makeOnMainThread<Recorder>(log)] {});
-                DispatchQueue::global(DispatchQueue::QualityOfService::background).async([] {});
-            }
-        });
-    }
-    for (int round = 0; round < 50; ++round) {
-        HeadlessPlatform platform(headless::HeadlessScheduler::Background::threads);
-        std::this_thread::yield();
-        platform.scheduler().runOneTurn();
-    }
-    isOver = true;
-    for (auto& poster : posters)
-        poster.join();
-    const HeadlessPlatform last;
-    EXPECT_EQ(std::set(log.begin(), log.end()), std::set{std::this_thread::get_id()});
-}
-
 TEST(BackgroundThreadsTest, AStopWaitsForWhatEndsInTimeAndLeavesTheRestToItself) {
     const HeadlessPlatform platform;
     std::promise<void> hanging;
