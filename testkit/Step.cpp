@@ -60,7 +60,10 @@ constexpr Entry entries[] = {
     {Kind::scripts, 3, "scripts", {"answer", "fail", "wait", "answer and pay"}},
     {Kind::scriptAnswer, 3, "waiting script", {"first", "last"}},
     {Kind::activate, 5, "customer", {"comes back"}},
-    {Kind::upiApp, 1, "UPI app", {"is removed", "is installed"}},
+    {Kind::upiApp,
+     3,
+     "UPI app",
+     {"is removed", "is installed", "is slow to open", "opens at last"}},
     {Kind::checkout,
      4,
      "checkout",
@@ -165,7 +168,7 @@ Script scriptOf(std::uint64_t seed) {
     };
     someSteps(dice.below(3));
     if (dice.oneIn(3)) anyWay(Kind::coreTiming);
-    if (dice.oneIn(6)) anyWay(Kind::coreResult);
+    if (dice.oneIn(5)) anyWay(Kind::coreResult);
     if (dice.oneIn(3)) anyWay(Kind::loads);
     if (dice.oneIn(4)) anyWay(Kind::scripts);
     script.push_back({Kind::checkout, 0});

@@ -49,6 +49,8 @@ struct StoryCheckout {
     bool isLeaving = false;            // dismissed
     bool isHeld = false;               // by the host
     bool isCovered = false;            // by what is presented over it
+    std::size_t injectedIn = 0;        // the turn that answered the first page that got the apps
+    std::size_t loadedAgainIn = 0;     // the turn of the latest finished load after that one
     std::size_t waitingEnquiries = 0;  // after a UPI success, unanswered: they hold the screen
 
     bool isScreenGone() const { return wasShown && screen.expired(); }
@@ -80,6 +82,7 @@ struct StoryRequest {
 
     std::string text;
     std::size_t checkout = 0;
+    std::size_t turn = 0;  // that asked
     Excuse excuse = Excuse::screenLeft;
     bool isInBackground = false;  // done by a background task
     bool isDone = false;
@@ -105,7 +108,9 @@ struct Story {
     std::size_t initialisations = 0;   // by a host
     std::size_t deviceBacks = 0;       // by a host
     std::size_t successEnquiries = 0;  // answered
-    bool didPlatformEnd = false;       // at any time; what was under way then is dropped
+    // Evaluations that are certain to have an outcome, by the tag of the line that tells it.
+    std::map<std::string, std::size_t, std::less<>> evaluations;
+    bool didPlatformEnd = false;  // at any time; what was under way then is dropped
 
     // What is left now.
     bool isPlatformThere = true;

@@ -121,8 +121,7 @@ void StoryPlayer::perform(const Step& step) {
         case Kind::activate:
             return customerComesBack();
         case Kind::upiApp:
-            if (way == 0) return platform_->application().uninstall("testkit-opens");
-            return platform_->application().install("testkit-opens");
+            return changeApp(way);
         case Kind::checkout:
             return startCheckout(way);
         case Kind::delegate:
@@ -217,6 +216,8 @@ void StoryPlayer::endPlatform() {
     platform_.reset();
     for (auto& presenter : presenters_)
         presenter.reset();
+    waitingLaunches_.clear();
+    isAppSlow_ = false;
     story_.isPlatformThere = false;
     story_.didPlatformEnd = true;
     for (auto& checkout : story_.checkouts)
@@ -324,6 +325,7 @@ void StoryPlayer::end(const Look& look) {
         if (!lookWhenIdle(look)) return;
         reaction_ = 0;
         heldScreen_.reset();
+        changeApp(1);
         // A screen may wait for another to leave before it comes, and an answer brings a new one.
         for (int round = 0; round < 6; ++round) {
             for (const auto& presenter : presenters_)
@@ -333,6 +335,8 @@ void StoryPlayer::end(const Look& look) {
             if (!lookWhenIdle(look)) return;
             runAllBackground();
             forgetCalls();
+            while (!waitingLaunches_.empty())
+                changeApp(3);
             runUntilIdle();
             takeStock();
             if (!lookWhenIdle(look)) return;

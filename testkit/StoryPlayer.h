@@ -1,12 +1,14 @@
 #pragma once
 
 #include <array>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/headless/HeadlessPlatform.h"
@@ -82,6 +84,8 @@ class StoryPlayer {
     void goInSubframe(unsigned way);
     void pushState(unsigned way);
     void post(unsigned way);
+    void changeApp(unsigned way);
+    void noteInjection();
     void oweForIntent(const std::string& body, std::size_t checkout);
 
     // StoryPlayerHost.cpp: the host and its customer
@@ -113,6 +117,7 @@ class StoryPlayer {
                  StoryRequest::Excuse excuse = StoryRequest::Excuse::screenLeft,
                  bool isInBackground = false);
     void excuseScripts();
+    void noteScript(std::string_view line);
     bool isExcused(const StoryRequest& request) const;
     // True when a request for this text was open; it no longer is.
     bool isRequested(const std::string& text);
@@ -134,13 +139,15 @@ class StoryPlayer {
     std::array<std::shared_ptr<platform::UIViewController>, 2> presenters_;
     std::vector<std::shared_ptr<Host>> hosts_;  // those alive
     int lastHost_ = 0;
-    int currentHost_ = 0;  // the facade's delegate; 0: none
+    int currentHost_ = 0;                       // the facade's delegate; 0: none
     std::optional<std::size_t> facadesScreen_;  // the checkout whose screen it made last
     std::shared_ptr<Screen> heldScreen_;
     std::map<std::string, Owed, std::less<>> owed_;            // by address
     std::map<std::string, std::string, std::less<>> intents_;  // body: the line that ends it
     std::map<std::size_t, Enquiry> enquiries_;                 // by the call's number
     std::map<std::size_t, bool> failing_;                      // calls: whether the answer fails
+    std::deque<std::pair<std::string, std::size_t>> waitingLaunches_;  // the line, the checkout
+    bool isAppSlow_ = false;
     std::string lastLine_;
     std::size_t firstOpenRequest_ = 0;
     std::size_t firstOpenReport_ = 0;

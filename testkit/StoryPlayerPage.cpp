@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -75,6 +76,7 @@ ScriptedLoad StoryPlayer::answerLoad(const std::string& url) {
 
 Result<ScriptValue> StoryPlayer::answerScript(const std::string& script) {
     isRequested("script: " + script);
+    if (script.starts_with("console.log")) noteInjection();
     if (scriptsWay_ == 1) return platform::Error{"page", 1, "Nothing runs here."};
     if (scriptsWay_ == 3 && script.find("device_back_initiated") != std::string::npos) {
         if (Page* const shown = page()) go(*shown, addressFor(0, checkoutOf(*shown)));
@@ -248,9 +250,55 @@ void StoryPlayer::oweForIntent(const std::string& body, std::size_t checkout) {
     const bool opens = body.find("testkit-opens:") != std::string::npos;
     const auto address = platform::URL::parse("testkit-opens://pay");
     const bool isMissing = opens && !platform_->application().canOpen(*address);
-    request(isMissing ? "[UPI RESPONSE] 📝 Message: UPI app not installed" : found->second,
-            checkout);
+    const bool isAsked = found->second.starts_with("[TRANSACTION") ||
+                         found->second.ends_with("Failed to launch UPI app");
+    if (isMissing) {
+        request("[UPI RESPONSE] 📝 Message: UPI app not installed", checkout);
+    } else if (isAppSlow_ && isAsked) {
+        waitingLaunches_.emplace_back(found->second, checkout);
+    } else {
+        request(found->second, checkout);
+    }
     intents_.erase(found);
+}
+
+void StoryPlayer::changeApp(unsigned way) {
+    auto& application = platform_->application();
+    using Answers = platform::headless::HeadlessApplication::Answers;
+    switch (way) {
+        case 0:
+            return application.uninstall("testkit-opens");
+        case 1:
+            isAppSlow_ = false;
+            application.setAnswers(Answers::given);
+            return application.install("testkit-opens");
+        case 2:
+            isAppSlow_ = true;
+            return application.setAnswers(Answers::waiting);
+        default:
+            if (waitingLaunches_.empty()) return;
+            request(waitingLaunches_.front().first, waitingLaunches_.front().second);
+            waitingLaunches_.pop_front();
+            application.giveAnswer();
+    }
+}
+
+// A page that was given the apps is not given them again, unless it is loaded anew; where a story
+// has one checkout and nothing that loads its page again, that is easily seen.
+void StoryPlayer::noteInjection() {
+    constexpr auto loadsAgain = [](const Step& step) {
+        return step.kind == Step::Kind::retry || step.kind == Step::Kind::processDies;
+    };
+    if (story_.checkouts.size() != 1 || std::ranges::any_of(story_.script, loadsAgain)) return;
+    StoryCheckout& checkout = story_.checkouts.front();
+    if (checkout.injectedIn > 0 && checkout.loadedAgainIn > checkout.injectedIn + 1) {
+        story_.unexplained.push_back("the page was given the apps again");
+    } else if (scriptsWay_ == 0 && checkout.injectedIn == 0) {
+        // Just before the answer.
+        platform_->scheduler().runOnMain([this] {
+            if (story_.checkouts.size() == 1) story_.checkouts.front().injectedIn = turn();
+        });
+    }
 }
 
 }  // namespace zorvik::testkit

@@ -16,6 +16,7 @@ ScriptedCoreServices& core() {
     return ScriptedCoreServices::instance();
 }
 
+constexpr std::string_view backLine = "[BACK HANDLER] 📱 Handling device back pressed";
 constexpr std::string_view askedFor = "[URL INTERCEPT] 🔍 Intercepted URL: ";
 constexpr std::string_view responseAt = "[REDIRECT] 🔗 Processing URL: ";
 constexpr std::string_view returnAt = "[UPI RETURN] 🔗 Return URL: ";
@@ -138,6 +139,7 @@ void StoryPlayer::request(std::string text, std::size_t checkout, Excuse excuse,
     StoryRequest open;
     open.text = std::move(text);
     open.checkout = checkout;
+    open.turn = turn();
     open.excuse = excuse;
     open.isInBackground = isInBackground;
     story_.requests.push_back(std::move(open));
@@ -149,9 +151,11 @@ bool StoryPlayer::isRequested(const std::string& text) {
     for (std::size_t place = firstOpenRequest_; place < story_.requests.size(); ++place) {
         StoryRequest& open = story_.requests[place];
         if (open.isDone || open.text != text) continue;
-        if (found == nullptr || isExcused(*found)) found = &open;
+        if (found == nullptr || found->isExcused || isExcused(*found)) found = &open;
     }
     if (found == nullptr) return false;
+    if (text == backLine && found->turn == turn())
+        story_.unexplained.push_back("a back action ran inside its call");
     return found->isDone = true;
 }
 
@@ -208,15 +212,23 @@ void StoryPlayer::heardLine(std::string_view line) {
         const auto start = line.starts_with(responseAt) ? responseAt : returnAt;
         const auto owed = owed_.find(line.substr(start.size()));
         if (owed != owed_.end()) owe(owed->second);
-    } else if (const auto place = line.find("📜 "); place != std::string_view::npos) {
-        if (const auto script = line.find("window.", place); script != std::string_view::npos) {
-            const std::string text = "script: " + std::string(line.substr(script));
-            // The screen whose line this is cannot be told from another one's.
-            if (story_.checkouts.size() == 1) request(text, 0);
-        }
+    } else {
+        noteScript(line);
     }
     lastLine_ = heard.text;
     story_.happenings.push_back(std::move(heard));
+}
+
+// A script is evaluated as soon as its line is there, or in the next turn, in a screen that stands.
+void StoryPlayer::noteScript(std::string_view line) {
+    const auto start = line.find("window.");
+    if (line.find("📜 ") == std::string_view::npos || start == std::string_view::npos) return;
+    // With several, the screen whose line this is cannot be told from another one's.
+    if (story_.checkouts.size() != 1) return;
+    request("script: " + std::string(line.substr(start)), 0);
+    const bool isAtOnce = !line.starts_with("[UPI BACK]");
+    if (isAtOnce && story_.checkouts.front().stands())
+        ++story_.evaluations[std::string(line.substr(0, line.find(']') + 1))];
 }
 
 void StoryPlayer::heardEvent(const Event& event) {
@@ -227,13 +239,19 @@ void StoryPlayer::heardEvent(const Event& event) {
     heard.subMerchantId = event.subMerchantId;
     heard.data = event.additionalData;
     ++story_.events[event.name];
-    if (event.name == "UPI_APPS_LISTED") facadesScreen_ = checkoutOf(event.token.value_or(""));
+    const std::size_t of = checkoutOf(event.token.value_or(""));
+    if (event.name == "WEBVIEW_LOADED" && story_.checkouts[of].injectedIn > 0)
+        story_.checkouts[of].loadedAgainIn = turn();
+    const bool isStart = event.name == "UPI_APPS_LISTED" || event.name == "UPDATE_ORDER_PAYLOAD";
+    if (isStart && story_.checkouts[of].isOver)
+        story_.unexplained.push_back(event.name + " of a checkout that is over");
+    if (event.name == "UPI_APPS_LISTED") facadesScreen_ = of;
     const auto parameters = event.additionalData.find("parameters");
     if (parameters != event.additionalData.end() && parameters->second.string() != nullptr) {
         const std::string& body = *parameters->second.string();
         if (!isRequested(event.name + " " + body))
             story_.unexplained.push_back("nobody posted " + body);
-        oweForIntent(body, checkoutOf(event.token.value_or("")));
+        oweForIntent(body, of);
     } else {
         isRequested(event.name + " " + event.token.value_or("none"));
     }

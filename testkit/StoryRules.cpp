@@ -144,6 +144,12 @@ std::string linesFollow(const Story& story, Moment moment) {
         story.lineCount("[UPI SUCCESS] ❌ Transaction enquiry failed");
     if (enquiries != story.successEnquiries)
         return counted(enquiries, story.successEnquiries, "answers to enquiries");
+    for (const auto& [tag, count] : story.evaluations) {
+        const std::size_t outcomes = total(
+            story, {tag + " ✅ JavaScript executed successfully", tag + " ❌ JavaScript error",
+                    tag + " ✅ Response sent successfully", tag + " ❌ Error sending response"});
+        if (outcomes < count) return counted(outcomes, count, tag + " outcomes of scripts");
+    }
     return "";
 }
 
