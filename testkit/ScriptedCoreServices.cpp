@@ -40,11 +40,11 @@ void EventLoggingService::setAppCode(const std::optional<std::string>& appCode) 
 }
 
 std::string APIUtils::webViewViewUrl() {
-    return ScriptedCoreServices::checkoutPageUrl;
+    return ScriptedCoreServices::instance().checkoutPage();
 }
 
 std::string APIUtils::webViewRespCheckUrl() {
-    return ScriptedCoreServices::responseUrl;
+    return ScriptedCoreServices::instance().response();
 }
 
 void APIUtils::setZorvikTechUrl(const std::string& url) {
@@ -98,8 +98,26 @@ void ScriptedCoreServices::clear() {
     const std::scoped_lock lock(mutex_);
     events_.clear();
     calls_.clear();
+    checkoutPage_ = checkoutPageUrl;
+    response_ = responseUrl;
     environmentUrl_.reset();
     appCode_.reset();
+}
+
+void ScriptedCoreServices::setAddresses(std::string checkoutPage, std::string response) {
+    const std::scoped_lock lock(mutex_);
+    checkoutPage_ = std::move(checkoutPage);
+    response_ = std::move(response);
+}
+
+std::string ScriptedCoreServices::checkoutPage() const {
+    const std::scoped_lock lock(mutex_);
+    return checkoutPage_;
+}
+
+std::string ScriptedCoreServices::response() const {
+    const std::scoped_lock lock(mutex_);
+    return response_;
 }
 
 std::vector<Event> ScriptedCoreServices::events() const {

@@ -51,13 +51,18 @@ struct CoreAnswers {
 // it. Any thread, but what is said to it, `answers` and `clear` included, is for the main one.
 class ZORVIK_API ScriptedCoreServices : public ZorvikCoreApiSDK {
   public:
-    // A page's address is one of these; a UPI app hands control back by returnScheme.
+    // A page's address is one of these, unless told otherwise; a UPI app hands control back by
+    // returnScheme.
     static constexpr const char* checkoutPageUrl = "https://pay.example/checkout";
     static constexpr const char* responseUrl = "https://pay.example/response";
     static constexpr const char* returnScheme = "testkit-return";
 
     static ScriptedCoreServices& instance();
 
+    // For a desktop port, whose pages come from a server. Between checkouts.
+    void setAddresses(std::string checkoutPage, std::string response);
+    std::string checkoutPage() const;
+    std::string response() const;
     CoreAnswers& answers() { return answers_; }
     // When calls from now on are answered; atOnce: inside the call, as from a cache.
     enum class Timing { inBackground, atOnce, whenTold };
@@ -130,6 +135,8 @@ class ZORVIK_API ScriptedCoreServices : public ZorvikCoreApiSDK {
     mutable std::mutex mutex_;  // guards what follows
     std::vector<Event> events_;
     std::vector<CoreCall> calls_;
+    std::string checkoutPage_ = checkoutPageUrl;
+    std::string response_ = responseUrl;
     std::optional<std::string> environmentUrl_;
     std::optional<std::string> appCode_;
 };

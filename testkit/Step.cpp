@@ -28,7 +28,10 @@ constexpr Entry entries[] = {
     {Kind::backgroundThread, 0, "background tasks run", {"on a thread of their own"}},
     {Kind::turns, 22, "turns", {"1", "2", "3", "7", "until idle"}},
     {Kind::background, 12, "background task", {"first", "second", "last", "all"}},
-    {Kind::time, 8, "seconds pass", {"0.1", "0.35", "1", "4.5", "5.5", "61"}},
+    {Kind::time,
+     8,
+     "seconds pass",
+     {"0.1", "0.35", "1", "4.5", "5.5", "61", "1, with nothing run"}},
     {Kind::coreTiming, 3, "core services answer", {"in the background", "at once", "when told"}},
     {Kind::coreResult, 2, "core services", {"succeed", "fail", "know no order"}},
     {Kind::coreAnswer,
@@ -39,7 +42,8 @@ constexpr Entry entries[] = {
      3,
      "loads",
      {"finish", "fail before the commit", "fail after the commit", "hang", "hang after the commit",
-      "have nothing to show", "go by the bank", "go to a response", "go to a UPI return"}},
+      "have nothing to show", "go by the bank", "go to a response", "go to a UPI return",
+      "pay by themselves", "pay twice", "keep busy"}},
     {Kind::look, 1, "look at", {"the youngest page", "the oldest page"}},
     {Kind::navigate,
      12,
@@ -179,7 +183,17 @@ Script scriptOf(std::uint64_t seed) {
         script.push_back({Kind::background, 3});
         if (!dice.oneIn(4)) script.push_back({Kind::turns, 4});
     }
-    someSteps(4 + dice.below(16));
+    someSteps(dice.below(8));
+    if (dice.oneIn(4)) {
+        // To a UPI app and back: by its address, or by a mere switch.
+        script.push_back({Kind::post, 0});
+        script.push_back({Kind::turns, static_cast<std::uint8_t>(2 + dice.below(3))});
+        anyWay(Kind::time);
+        script.push_back(dice.oneIn(2)
+                             ? Step{Kind::activate, 0}
+                             : Step{Kind::navigate, static_cast<std::uint8_t>(5 + dice.below(6))});
+    }
+    someSteps(4 + dice.below(10));
     return script;
 }
 

@@ -78,7 +78,8 @@ void StoryPlayer::perform(const Step& step) {
         case Kind::background:
             return runBackground(way);
         case Kind::time:
-            return passSeconds(passingSeconds.at(way));
+            if (way < passingSeconds.size()) return passSeconds(passingSeconds.at(way));
+            return platform_->scheduler().moveBy(1);
         case Kind::coreTiming:
             return core().setTiming(static_cast<ScriptedCoreServices::Timing>(way));
         case Kind::coreResult:
@@ -190,8 +191,7 @@ void StoryPlayer::passSeconds(double seconds) {
         runUntilIdle();
         const double left = end - scheduler.steadySeconds();
         if (left <= 0) return;
-        scheduler.advanceBy(std::min(left, scheduler.nextDelay().value_or(left)));
-        takeStock();
+        scheduler.moveBy(std::min(left, scheduler.nextDelay().value_or(left)));
     }
 }
 

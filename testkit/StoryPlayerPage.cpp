@@ -70,7 +70,18 @@ ScriptedLoad StoryPlayer::answerLoad(const std::string& url) {
     const std::size_t checkout = checkoutOf(url);
     const unsigned way = loadsWay_ - static_cast<unsigned>(endings.size());
     constexpr std::array<unsigned, 3> places{11, 0, 6};  // the bank, a response, a UPI return
-    load.redirects.push_back(addressFor(places.at(way), checkout));
+    if (way < places.size()) {
+        load.redirects.push_back(addressFor(places.at(way), checkout));
+        return load;
+    }
+    // Once or twice, or never because a script keeps it busy and no other one is answered.
+    const unsigned answers = (way - static_cast<unsigned>(places.size()) + 1) % 3;
+    for (Page* const loading : platform_->web().pages()) {
+        if (checkoutOf(*loading) != checkout) continue;
+        for (unsigned left = answers; left > 0; --left)
+            go(*loading, addressFor(0, checkout));
+    }
+    if (answers == 0) perform({Step::Kind::scripts, 2});
     return load;
 }
 

@@ -65,6 +65,18 @@ void HeadlessScheduler::advanceBy(double seconds) {
     }
 }
 
+void HeadlessScheduler::moveBy(double seconds) {
+    const std::scoped_lock lock(mutex_);
+    if (!std::isfinite(seconds) || seconds < 0) return;
+    double end = steady_ + seconds;
+    // Up to a deadline is up to it, whatever the sum comes to.
+    if (!delayed_.empty() && delayed_.begin()->first.at - steady_ <= seconds)
+        end = std::max(end, delayed_.begin()->first.at);
+    steady_ = end;
+    moveDueTasks();
+    changed_.notify_all();
+}
+
 void HeadlessScheduler::setNow(double wallSeconds) {
     const std::scoped_lock lock(mutex_);
     wallBase_ = wallSeconds;
