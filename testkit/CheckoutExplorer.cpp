@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "testkit/StoryPlayer.h"
-#include "testkit/StoryRules.h"
+#include "testkit/story/StoryPlayer.h"
+#include "testkit/story/StoryRules.h"
 
 namespace zorvik::testkit {
 

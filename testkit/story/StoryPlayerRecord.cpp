@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "platform/runtime/Environment.h"
-#include "testkit/StoryPlayer.h"
+#include "testkit/story/StoryPlayer.h"
 
 namespace zorvik::testkit {
 

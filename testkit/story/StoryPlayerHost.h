@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "testkit/StoryPlayer.h"
+#include "testkit/story/StoryPlayer.h"
 
 namespace zorvik::testkit {
 

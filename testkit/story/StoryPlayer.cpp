@@ -1,4 +1,4 @@
-#include "testkit/StoryPlayer.h"
+#include "testkit/story/StoryPlayer.h"
 
 #include <algorithm>
 #include <utility>

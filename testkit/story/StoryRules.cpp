@@ -1,4 +1,4 @@
-#include "testkit/StoryRules.h"
+#include "testkit/story/StoryRules.h"
 
 #include <algorithm>
 #include <array>

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "platform/foundation/Data.h"
-#include "testkit/StoryPlayer.h"
+#include "testkit/story/StoryPlayer.h"
 
 namespace zorvik::testkit {
 

@@ -1,4 +1,4 @@
-#include "testkit/StoryPlayerHost.h"
+#include "testkit/story/StoryPlayerHost.h"
 
 #include <algorithm>
 
