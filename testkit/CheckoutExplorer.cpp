@@ -18,11 +18,13 @@ std::optional<CheckoutExplorer::Failure> CheckoutExplorer::explore(
         auto failure = replay(scriptOf(seed));
         if (!failure) continue;
         const std::string rule = failure->rule;
-        const Script script = shrunk(std::move(failure->script), [&](const Script& candidate) {
+        const Script script = shrunk(failure->script, [&](const Script& candidate) {
             const auto again = replay(candidate);
             return again && again->rule == rule;
         });
-        failure = replay(script);
+        // One that does not repeat itself, for a delegate that kept something of former runs,
+        // stays as it came.
+        if (auto again = replay(script)) failure = std::move(again);
         failure->seed = seed;
         return failure;
     }
