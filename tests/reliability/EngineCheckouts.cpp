@@ -103,7 +103,7 @@ class EngineCheckouts::Parts {
             platform_->runUntil([&] { return !given_.empty(); }, mustPay ? 20 : 0.05);
         // A payment closes the screen; whatever else is open the host does.
         if (!mustPay || !isPaid) dismissAll();
-        if (mustPay && !isPaid) return "the host was not told of the payment";
+        if (mustPay && !isPaid) return "the host was not told of the payment: " + eventText();
         if (!platform_->runUntil([&] { return !isOpen(); }, 10)) return "the screen stays open";
         const auto areFreed = [&] {
             return std::ranges::all_of(screens_, [](const auto& one) { return one.expired(); });
@@ -196,7 +196,9 @@ class EngineCheckouts::Parts {
         // A page that hangs has no end to wait for; the others take as long as the machine does.
         constexpr std::array hanging{3U, 4U, 11U};
         const bool hangs = std::ranges::find(hanging, loadsWay_) != hanging.end();
-        platform_->runUntil([&] { return ends() > before; }, hangs ? 0.5 : 15);
+        const std::size_t given = given_.size();
+        platform_->runUntil([&] { return ends() > before || given_.size() > given; },
+                            hangs ? 0.5 : 15);
     }
     void changeDelegate(unsigned way) {
         if (way == 0) {
@@ -258,6 +260,15 @@ class EngineCheckouts::Parts {
         if (way == 4) return literal(R"({"url":"no address","package_name":"app"})");
         if (way > 4) return way == 7 ? "7" : literal("no JSON");
         return literal(R"({"url":"testkit-missing://pay","package_name":"app"})");
+    }
+
+    static std::string eventText() {
+        std::string text;
+        for (const Event& event : core().events())
+            text.append(event.name)
+                .append(platform::description(event.additionalData))
+                .push_back(' ');
+        return text;
     }
 
     // Each answer at the most once, a page's own as often as it may have been loaded, and
