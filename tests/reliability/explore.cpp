@@ -1,5 +1,5 @@
 // Explores the timings of checkouts on the headless port, or repeats one run.
-// usage: zorvik-explore [--runs N] [--seed S]
+// usage: zorvik-explore [--runs N] [--seed S] [--samples COUNT]     (of what the process holds)
 //        zorvik-explore --replay SEED|FILE|-     (a script, as a failure prints it)
 // Runs in a process of its own, so that one that ends or hangs it is told of and shrunk like any
 // other failure.
@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstdio>
@@ -21,6 +22,7 @@
 #include <string_view>
 
 #include "testkit/CheckoutExplorer.h"
+#include "tests/reliability/Usage.h"
 
 namespace {
 
@@ -74,15 +76,25 @@ int tell(const std::optional<CheckoutExplorer::Failure>& failure) {
     return 1;
 }
 
-int explore(std::size_t runs, std::uint64_t seed) {
+void printSample(std::size_t run) {
+    const zorvik::tests::Usage usage;
+    std::printf("%7zu runs  rss %6zu kB  pss %6zu kB  files %zu  threads %zu\n", run, usage.rss,
+                usage.pss, usage.files, usage.threads);
+    std::fflush(stdout);
+}
+
+int explore(std::size_t runs, std::uint64_t seed, std::size_t samples) {
     shared().seed = seed;
     const auto start = std::chrono::steady_clock::now();
     const int status = inChild(
         [&] {
             CheckoutExplorer explorer;
-            return tell(explorer.explore(runs, seed, [](std::uint64_t next) {
+            return tell(explorer.explore(runs, seed, [&](std::uint64_t next) {
                 shared().seed = next;
                 alarm(hungSeconds);
+                const std::size_t done = next - seed + 1;
+                if (samples > 0 && done % std::max<std::size_t>(runs / samples, 1) == 0)
+                    printSample(done);
             }));
         },
         true);
@@ -146,16 +158,18 @@ int replay(const std::string& source) {
 int main(int count, char** arguments) {
     std::size_t runs = 100'000;
     std::uint64_t seed = 1;
+    std::uint64_t samples = 0;
     for (int place = 1; place < count; place += 2) {
         const std::string_view name = arguments[place];
         const std::string value = place + 1 < count ? arguments[place + 1] : "";
         if (name == "--replay" && !value.empty()) return replay(value);
         const auto number = numberOf(value);
-        if (!number || (name != "--runs" && name != "--seed")) {
-            std::cerr << "usage: zorvik-explore [--runs N] [--seed S] | --replay SEED|FILE|-\n";
+        if (!number || (name != "--runs" && name != "--seed" && name != "--samples")) {
+            std::cerr << "usage: zorvik-explore [--runs N] [--seed S] [--samples COUNT] | "
+                         "--replay SEED|FILE|-\n";
             return 2;
         }
-        (name == "--runs" ? runs : seed) = *number;
+        (name == "--runs" ? runs : name == "--seed" ? seed : samples) = *number;
     }
-    return explore(runs, seed);
+    return explore(runs, seed, samples);
 }
