@@ -95,6 +95,8 @@ class GtkWebPage : public WebPage {
 
     LoadState state_ = LoadState::none;
     bool isRequested_ = false;  // load() was called and its start is still to come
+    bool isUntouched_ = true;   // nothing came of this page yet, not even a question
+    std::string requestedUri_;
     bool isOwnLoad_ = false;    // the load that was started last was asked for by load()
     double requestTimeout_ = 0;
     std::weak_ptr<PolicyAnswer> requestAnswer_;  // the open question about it
