@@ -153,8 +153,9 @@ class EngineCheckouts::Parts {
                 return inPage("window.webkit.messageHandlers.openUpiIntent.postMessage(" +
                               messageFor(step.way) + ")");
             case Kind::processDies:
+                // The engine ends its host where a web process dies before it has told its number.
                 for (const pid_t process : processesBelow(getpid(), webProcessName))
-                    kill(process, SIGKILL);
+                    if (secondsOld(process) > 2) kill(process, SIGKILL);
                 return;
             case Kind::activate:
                 return platform::NotificationCenter::defaultCenter().post(

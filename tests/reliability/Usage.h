@@ -1,12 +1,14 @@
 #pragma once
 
-#include <dirent.h>
+#include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -40,6 +42,22 @@ inline std::vector<pid_t> processesBelow(pid_t ancestor, std::string_view name) 
         }
     }
     return found;
+}
+
+// How long ago a process began; 0 when it is gone.
+inline double secondsOld(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    const std::string text(std::istreambuf_iterator<char>(file), {});
+    // The name, in brackets, may hold anything; the start is the 20th field behind it.
+    std::istringstream fields(text.substr(std::min(text.rfind(')') + 1, text.size())));
+    std::string field;
+    for (int count = 0; count < 20; ++count)
+        fields >> field;
+    timespec now = {};
+    clock_gettime(CLOCK_BOOTTIME, &now);
+    if (field.empty()) return 0;
+    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec) -
+           std::stod(field) / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
 inline std::size_t entriesIn(const std::string& folder, bool isDeep = false) {
