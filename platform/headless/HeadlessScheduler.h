@@ -37,8 +37,8 @@ class ZORVIK_API HeadlessScheduler : public Scheduler {
     // Moves both clocks on by `seconds`, running what comes due at its own time, and then all
     // turns that are ready.
     void advanceBy(double seconds);
-    // Moves both clocks on and runs nothing, as behind a main thread that is busy so long; what came
-    // due meanwhile is ready then.
+    // Moves both clocks on and runs nothing, as behind a main thread that is busy so long; what
+    // came due meanwhile is ready then.
     void moveBy(double seconds);
     // Sets the wall clock; runs nothing and leaves the steady clock alone.
     void setNow(double wallSeconds);
