@@ -162,7 +162,7 @@ std::optional<Script> scriptOf(std::string_view text) {
 Script scriptOf(std::uint64_t seed) {
     Dice dice(seed);
     Script script;
-    if (dice.oneIn(4)) script.push_back({Kind::backgroundThread, 0});
+    if (dice.oneIn(16)) script.push_back({Kind::backgroundThread, 0});
     const auto someSteps = [&](std::uint64_t count) {
         for (std::uint64_t left = count; left > 0; --left)
             script.push_back(randomStep(dice));
