@@ -97,7 +97,7 @@ class GtkWebPage : public WebPage {
     bool isRequested_ = false;  // load() was called and its start is still to come
     bool isUntouched_ = true;   // nothing came of this page yet, not even a question
     std::string requestedUri_;
-    bool isOwnLoad_ = false;    // the load that was started last was asked for by load()
+    bool isOwnLoad_ = false;  // the load that was started last was asked for by load()
     double requestTimeout_ = 0;
     std::weak_ptr<PolicyAnswer> requestAnswer_;  // the open question about it
     std::optional<std::string> refusedRedirect_;
