@@ -183,7 +183,7 @@ class EngineCheckouts::Parts {
     void startCheckout() {
         std::string claims = R"({"order_id":"order","sub_merchant_id":"merchant"})";
         claims.resize((claims.size() + 2) / 3 * 3, ' ');
-        const auto ends = [this] {
+        const auto ends = [] {
             return std::ranges::count_if(core().events(), [](const Event& event) {
                 return event.name == "WEBVIEW_LOADED" || event.name == "WEBVIEW_FAILED";
             });
