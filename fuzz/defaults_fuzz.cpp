@@ -7,9 +7,9 @@
 #include <string>
 
 #include "fuzz/Target.h"
-#include "platform/foundation/JSONSerialization.h"
 #include "platform/desktop/DefaultsEntry.h"
 #include "platform/desktop/FileDefaults.h"
+#include "platform/foundation/JSONSerialization.h"
 
 namespace zorvik::fuzz {
 

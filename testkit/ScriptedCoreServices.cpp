@@ -40,11 +40,11 @@ void EventLoggingService::setAppCode(const std::optional<std::string>& appCode) 
 }
 
 std::string APIUtils::webViewViewUrl() {
-    return ScriptedCoreServices::checkoutPageUrl;
+    return ScriptedCoreServices::instance().checkoutPage();
 }
 
 std::string APIUtils::webViewRespCheckUrl() {
-    return ScriptedCoreServices::responseUrl;
+    return ScriptedCoreServices::instance().response();
 }
 
 void APIUtils::setZorvikTechUrl(const std::string& url) {
@@ -75,13 +75,6 @@ using platform::Value;
 
 namespace {
 
-template <class T>
-void answer(const std::function<void(const Result<T>&)>& completion, const Result<T>& result) {
-    platform::Environment::runInBackground([completion, result] {
-        if (completion) completion(result);
-    });
-}
-
 Value valueOf(const std::optional<Dictionary>& dictionary) {
     return dictionary ? Value(*dictionary) : Value();
 }
@@ -96,11 +89,35 @@ ScriptedCoreServices& ScriptedCoreServices::instance() {
 
 void ScriptedCoreServices::clear() {
     answers_ = CoreAnswers();
+    timing_ = Timing::inBackground;
+    onEvent_ = nullptr;
+    onCall_ = nullptr;
+    onAnswer_ = nullptr;
+    // What a completion lets go of may call here.
+    std::exchange(waiting_, {}).clear();
     const std::scoped_lock lock(mutex_);
     events_.clear();
     calls_.clear();
+    checkoutPage_ = checkoutPageUrl;
+    response_ = responseUrl;
     environmentUrl_.reset();
     appCode_.reset();
+}
+
+void ScriptedCoreServices::setAddresses(std::string checkoutPage, std::string response) {
+    const std::scoped_lock lock(mutex_);
+    checkoutPage_ = std::move(checkoutPage);
+    response_ = std::move(response);
+}
+
+std::string ScriptedCoreServices::checkoutPage() const {
+    const std::scoped_lock lock(mutex_);
+    return checkoutPage_;
+}
+
+std::string ScriptedCoreServices::response() const {
+    const std::scoped_lock lock(mutex_);
+    return response_;
 }
 
 std::vector<Event> ScriptedCoreServices::events() const {
@@ -127,13 +144,13 @@ void ScriptedCoreServices::createOrder(double amount, const std::string& currenc
                                        const std::vector<Dictionary>& orderLineItems,
                                        const std::optional<Dictionary>& user,
                                        OrderCompletion completion) {
-    record(
+    take(
         CoreCall{"createOrder",
                  {{"amount", amount},
                   {"currency", currency},
                   {"orderLineItems", platform::Array(orderLineItems.begin(), orderLineItems.end())},
-                  {"user", valueOf(user)}}});
-    answer(completion, answers_.orderCreation);
+                  {"user", valueOf(user)}}},
+        completion, &CoreAnswers::orderCreation);
 }
 
 void ScriptedCoreServices::createShopOrder(const std::string& currency, const std::string& amount,
@@ -143,16 +160,16 @@ void ScriptedCoreServices::createShopOrder(const std::string& currency, const st
                                            const std::string& subPaymentMode,
                                            const std::optional<Dictionary>& user,
                                            ShopOrderCompletion completion) {
-    record(CoreCall{"createShopOrder",
-                    {{"currency", currency},
-                     {"amount", amount},
-                     {"productId", productId},
-                     {"orderLineItems", orderLineItems},
-                     {"checkoutExperience", checkoutExperience},
-                     {"paymentMode", paymentMode},
-                     {"subPaymentMode", subPaymentMode},
-                     {"user", valueOf(user)}}});
-    answer(completion, answers_.shopOrderCreation);
+    take(CoreCall{"createShopOrder",
+                  {{"currency", currency},
+                   {"amount", amount},
+                   {"productId", productId},
+                   {"orderLineItems", orderLineItems},
+                   {"checkoutExperience", checkoutExperience},
+                   {"paymentMode", paymentMode},
+                   {"subPaymentMode", subPaymentMode},
+                   {"user", valueOf(user)}}},
+         completion, &CoreAnswers::shopOrderCreation);
 }
 
 void ScriptedCoreServices::updateOrderDetails(const std::string& token, const std::string& orderId,
@@ -160,13 +177,13 @@ void ScriptedCoreServices::updateOrderDetails(const std::string& token, const st
                                               const std::string& referrerPlatform,
                                               const std::string& referrerPlatformVersion,
                                               OrderCompletion completion) {
-    record(CoreCall{"updateOrderDetails",
-                    {{"token", token},
-                     {"orderId", orderId},
-                     {"callbackMode", callbackMode},
-                     {"referrerPlatform", referrerPlatform},
-                     {"referrerPlatformVersion", referrerPlatformVersion}}});
-    answer(completion, answers_.orderUpdate);
+    take(CoreCall{"updateOrderDetails",
+                  {{"token", token},
+                   {"orderId", orderId},
+                   {"callbackMode", callbackMode},
+                   {"referrerPlatform", referrerPlatform},
+                   {"referrerPlatformVersion", referrerPlatformVersion}}},
+         completion, &CoreAnswers::orderUpdate);
 }
 
 void ScriptedCoreServices::getTransactionEnquiry(const std::string& token,
@@ -174,29 +191,69 @@ void ScriptedCoreServices::getTransactionEnquiry(const std::string& token,
                                                  const std::string& invoiceId,
                                                  const std::string& transactionId,
                                                  EnquiryCompletion completion) {
-    record(CoreCall{"getTransactionEnquiry",
-                    {{"token", token},
-                     {"orderId", orderId},
-                     {"invoiceId", invoiceId},
-                     {"transactionId", transactionId}}});
-    answer(completion, answers_.enquiry);
+    take(CoreCall{"getTransactionEnquiry",
+                  {{"token", token},
+                   {"orderId", orderId},
+                   {"invoiceId", invoiceId},
+                   {"transactionId", transactionId}}},
+         completion, &CoreAnswers::enquiry);
 }
 
 void ScriptedCoreServices::getUPIAppsList(
     const std::string& token,
     std::function<void(const Result<std::vector<UPIAppsVO>>&)> completion) {
-    record(CoreCall{"getUPIAppsList", {{"token", token}}});
-    answer(completion, answers_.appList);
+    take(CoreCall{"getUPIAppsList", {{"token", token}}}, completion, &CoreAnswers::appList);
 }
 
 void ScriptedCoreServices::record(Event event) {
+    if (onEvent_) onEvent_(event);
     const std::scoped_lock lock(mutex_);
     events_.push_back(std::move(event));
 }
 
-void ScriptedCoreServices::record(CoreCall call) {
-    const std::scoped_lock lock(mutex_);
-    calls_.push_back(std::move(call));
+template <class T>
+void ScriptedCoreServices::take(CoreCall call,
+                                const std::function<void(const Result<T>&)>& completion,
+                                Result<T> CoreAnswers::*answer) {
+    {
+        const std::scoped_lock lock(mutex_);
+        call.number = calls_.size() + 1;
+        calls_.push_back(call);
+    }
+    if (onCall_) onCall_(call);
+    const auto give = [this, call, completion](const Result<T>& result) {
+        if (onAnswer_) onAnswer_(call);
+        if (completion) completion(result);
+    };
+    const auto giveBy = [give, this, answer](Timing timing) {
+        const Result<T> result = answers_.*answer;
+        if (timing == Timing::atOnce) return give(result);
+        platform::Environment::runInBackground([give, result] { give(result); });
+    };
+    if (timing_ != Timing::whenTold) return giveBy(timing_);
+    waiting_.push_back({call, giveBy});
+}
+
+std::vector<CoreCall> ScriptedCoreServices::waitingCalls() const {
+    std::vector<CoreCall> calls;
+    for (const WaitingCall& waiting : waiting_)
+        calls.push_back(waiting.call);
+    return calls;
+}
+
+bool ScriptedCoreServices::answerCall(std::size_t place, Timing timing) {
+    if (place >= waiting_.size()) return false;
+    const WaitingCall waiting = std::move(waiting_[place]);
+    waiting_.erase(waiting_.begin() + static_cast<std::ptrdiff_t>(place));
+    waiting.giveBy(timing);
+    return true;
+}
+
+bool ScriptedCoreServices::forgetCall(std::size_t place) {
+    if (place >= waiting_.size()) return false;
+    const WaitingCall forgotten = std::move(waiting_[place]);
+    waiting_.erase(waiting_.begin() + static_cast<std::ptrdiff_t>(place));
+    return true;
 }
 
 void ScriptedCoreServices::setEnvironmentUrl(const std::string& url) {

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <cstddef>
+#include <deque>
 #include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/OrderRecords.h"
@@ -28,6 +31,7 @@ struct Event {
 struct CoreCall {
     std::string operation;
     platform::Dictionary arguments;
+    std::size_t number = 0;  // from 1, in the order of the calls
 };
 
 // What the core services answer: with these a checkout goes well.
@@ -42,20 +46,41 @@ struct CoreAnswers {
 };
 
 // The core services of the test kit: linked in place of any others, they answer what a test said
-// and keep what they were told. A call is answered once, by a background task, with the answer in
-// force when the call was made. One for the process; a new kit clears it. Any thread, but `answers`
-// and `clear` are for the main one.
+// and keep what they were told. A call is answered once, by a background task unless told
+// otherwise, with the answer in force when the call was made. One for the process; a new kit clears
+// it. Any thread, but what is said to it, `answers` and `clear` included, is for the main one.
 class ZORVIK_API ScriptedCoreServices : public ZorvikCoreApiSDK {
   public:
-    // A page's address is one of these; a UPI app hands control back by returnScheme.
+    // A page's address is one of these, unless told otherwise; a UPI app hands control back by
+    // returnScheme.
     static constexpr const char* checkoutPageUrl = "https://pay.example/checkout";
     static constexpr const char* responseUrl = "https://pay.example/response";
     static constexpr const char* returnScheme = "testkit-return";
 
     static ScriptedCoreServices& instance();
 
+    // For a desktop port, whose pages come from a server. Between checkouts.
+    void setAddresses(std::string checkoutPage, std::string response);
+    std::string checkoutPage() const;
+    std::string response() const;
     CoreAnswers& answers() { return answers_; }
-    // Back to the answers with which a checkout goes well, with nothing recorded.
+    // When calls from now on are answered; atOnce: inside the call, as from a cache.
+    enum class Timing { inBackground, atOnce, whenTold };
+    void setTiming(Timing timing) { timing_ = timing; }
+    // The calls that wait to be told, oldest first: answering one by its place in line with the
+    // answer in force now, here or by a background task, or never answering it. False when there
+    // is none.
+    std::vector<CoreCall> waitingCalls() const;
+    bool answerCall(std::size_t place = 0, Timing timing = Timing::atOnce);
+    bool forgetCall(std::size_t place = 0);
+    // Called with each event, each call before its answer is chosen, and each answer just before
+    // it is given, on the thread it happens on.
+    void onEvent(std::function<void(const Event&)> listener) { onEvent_ = std::move(listener); }
+    void onCall(std::function<void(const CoreCall&)> listener) { onCall_ = std::move(listener); }
+    void onAnswer(std::function<void(const CoreCall&)> listener) {
+        onAnswer_ = std::move(listener);
+    }
+    // Back to the answers with which a checkout goes well, with nothing recorded, waiting or told.
     void clear();
 
     // Copies, in order.
@@ -93,12 +118,25 @@ class ZORVIK_API ScriptedCoreServices : public ZorvikCoreApiSDK {
   private:
     ScriptedCoreServices() = default;
 
-    void record(CoreCall call);
+    template <class T>
+    void take(CoreCall call, const std::function<void(const platform::Result<T>&)>& completion,
+              platform::Result<T> CoreAnswers::*answer);
 
     CoreAnswers answers_;
+    Timing timing_ = Timing::inBackground;
+    struct WaitingCall {
+        CoreCall call;
+        std::function<void(Timing)> giveBy;
+    };
+    std::deque<WaitingCall> waiting_;
+    std::function<void(const Event&)> onEvent_;
+    std::function<void(const CoreCall&)> onCall_;
+    std::function<void(const CoreCall&)> onAnswer_;
     mutable std::mutex mutex_;  // guards what follows
     std::vector<Event> events_;
     std::vector<CoreCall> calls_;
+    std::string checkoutPage_ = checkoutPageUrl;
+    std::string response_ = responseUrl;
     std::optional<std::string> environmentUrl_;
     std::optional<std::string> appCode_;
 };

@@ -146,7 +146,8 @@ void GtkWebPage::load(const URLRequest& request) {
         request.timeoutInterval > 0 ? request.timeoutInterval : desktop::LoadWatch::defaultSeconds;
     // The request's own time counts from its start: first a web process may have to come up.
     watch_.start(std::max(requestTimeout_, desktop::LoadWatch::defaultSeconds));
-    webkit_web_view_load_uri(view_.get(), request.url.absoluteString().c_str());
+    requestedUri_ = request.url.absoluteString();
+    webkit_web_view_load_uri(view_.get(), requestedUri_.c_str());
 }
 
 void GtkWebPage::stopLoading() {
@@ -175,6 +176,7 @@ void GtkWebPage::takeTurnsWithDrawing() {
 void GtkWebPage::policyAsked(WebKitPolicyDecision* decision, int type) {
     takeTurnsWithDrawing();
     watch_.progressSeen();
+    isUntouched_ = false;
     if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
         // Ignored, a load of the main frame fails.
         if (canBeShown(WEBKIT_RESPONSE_POLICY_DECISION(decision))) {
@@ -258,6 +260,7 @@ double GtkWebPage::recentNavigations() const {
 
 void GtkWebPage::loadChanged(int event) {
     watch_.progressSeen();
+    isUntouched_ = false;
     const auto delegate = delegate_.lock();
     switch (event) {
         case WEBKIT_LOAD_STARTED:
@@ -343,6 +346,12 @@ void GtkWebPage::endProcess() {
 
 void GtkWebPage::webProcessEnded() {
     probe_.reset();
+    if (std::exchange(isUntouched_, false) && isRequested_) {
+        // The process was dead or dying when this page took it over, and nobody had heard of it
+        // yet. A new one takes the load.
+        webkit_web_view_load_uri(view_.get(), requestedUri_.c_str());
+        return;
+    }
     const bool wasInUse = showsPage_ || state_ != LoadState::none || isRequested_;
     showsPage_ = false;
     isRequested_ = false;

@@ -101,7 +101,9 @@ class GtkWebPage : public WebPage {
 
     LoadState state_ = LoadState::none;
     bool isRequested_ = false;  // load() was called and its start is still to come
-    bool isOwnLoad_ = false;    // the load that was started last was asked for by load()
+    bool isUntouched_ = true;   // nothing came of this page yet, not even a question
+    std::string requestedUri_;
+    bool isOwnLoad_ = false;  // the load that was started last was asked for by load()
     double requestTimeout_ = 0;
     std::weak_ptr<PolicyAnswer> requestAnswer_;  // the open question about it
     std::optional<std::string> refusedRedirect_;

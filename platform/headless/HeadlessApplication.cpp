@@ -42,9 +42,20 @@ bool HeadlessApplication::canOpen(const URL& url) {
 void HeadlessApplication::open(const URL& url, std::function<void(bool opened)> completion) {
     openedUrls_.push_back(url.absoluteString());
     const bool opened = accepting_.contains(lowered(url.scheme().value_or("")));
-    scheduler_.runOnMain([completion = std::move(completion), opened] {
+    waiting_.emplace_back([completion = std::move(completion), opened] {
         if (completion) completion(opened);
     });
+    if (answers_ == Answers::given) {
+        scheduler_.runOnMain(std::move(waiting_.back()));
+        waiting_.pop_back();
+    }
+}
+
+bool HeadlessApplication::giveAnswer() {
+    if (waiting_.empty()) return false;
+    scheduler_.runOnMain(std::move(waiting_.front()));
+    waiting_.pop_front();
+    return true;
 }
 
 }  // namespace zorvik::platform::headless

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <optional>
 #include <set>
@@ -20,6 +21,12 @@ class ZORVIK_API HeadlessApplication : public ApplicationService {
     // An application for the scheme is there; `accepts`: whether its launches succeed.
     void install(const std::string& scheme, bool accepts = true);
     void uninstall(const std::string& scheme);
+    // Whether launches are confirmed by themselves, or wait as those of an app that takes its time;
+    // for those from now on. The one that waited longest is confirmed in a turn of its own; false
+    // when there is none.
+    enum class Answers { given, waiting };
+    void setAnswers(Answers answers) { answers_ = answers; }
+    bool giveAnswer();
     // Every address open was asked for, in order, refused launches included.
     const std::vector<std::string>& openedUrls() const { return openedUrls_; }
     // The customer comes back to this application.
@@ -35,6 +42,8 @@ class ZORVIK_API HeadlessApplication : public ApplicationService {
     std::set<std::string> accepting_;
     std::set<std::string> refusing_;
     std::vector<std::string> openedUrls_;
+    Answers answers_ = Answers::given;
+    std::deque<std::function<void()>> waiting_;
 };
 
 }  // namespace zorvik::platform::headless

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/runtime/Environment.h"
+#include "platform/runtime/NotificationCenter.h"
 
 namespace zorvik::platform::headless {
 
@@ -21,6 +22,10 @@ HeadlessPlatform::~HeadlessPlatform() {
     }
     scheduler_.dropPending();
     Environment::uninstall();
+}
+
+std::size_t HeadlessPlatform::observerCount() const {
+    return NotificationCenter::defaultCenter().observerCount();
 }
 
 }  // namespace zorvik::platform::headless

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "platform/foundation/Export.h"
 #include "platform/headless/HeadlessApplication.h"
 #include "platform/headless/HeadlessDefaults.h"
@@ -25,6 +27,9 @@ class ZORVIK_API HeadlessPlatform {
     HeadlessApplication& application() { return application_; }
     HeadlessDefaults& defaults() { return defaults_; }
     HeadlessStage& stage() { return stage_; }
+    // Registrations with the notification centre that nobody removed: a screen has one, from its
+    // view's load to its end.
+    std::size_t observerCount() const;
 
   private:
     HeadlessScheduler scheduler_;

@@ -23,10 +23,7 @@ std::string counted(std::size_t count, const std::string& thing) {
 // Every task is destroyed with no lock held: what it captured may post, cancel or turn the queue.
 
 HeadlessScheduler::HeadlessScheduler(Background background) : mode_(background) {
-    if (mode_ == Background::manual) return;
-    for (int index = 0; index < threadCount; ++index) {
-        threads_.emplace_back([this] { work(); });
-    }
+    if (mode_ == Background::threads) startThreads(threadCount);
 }
 
 HeadlessScheduler::~HeadlessScheduler() {
@@ -48,6 +45,7 @@ bool HeadlessScheduler::runOneTurn() {
         task = std::move(ready_.front().task);
         ready_.pop_front();
     }
+    ++turnCount_;
     if (task) task();
     return true;
 }
@@ -67,6 +65,18 @@ void HeadlessScheduler::advanceBy(double seconds) {
     }
 }
 
+void HeadlessScheduler::moveBy(double seconds) {
+    const std::scoped_lock lock(mutex_);
+    if (!std::isfinite(seconds) || seconds < 0) return;
+    double end = steady_ + seconds;
+    // Up to a deadline is up to it, whatever the sum comes to.
+    if (!delayed_.empty() && delayed_.begin()->first.at - steady_ <= seconds)
+        end = std::max(end, delayed_.begin()->first.at);
+    steady_ = end;
+    moveDueTasks();
+    changed_.notify_all();
+}
+
 void HeadlessScheduler::setNow(double wallSeconds) {
     const std::scoped_lock lock(mutex_);
     wallBase_ = wallSeconds;
@@ -75,11 +85,11 @@ void HeadlessScheduler::setNow(double wallSeconds) {
 
 std::size_t HeadlessScheduler::backgroundCount() const {
     const std::scoped_lock lock(mutex_);
-    return background_.size();
+    return background_.size() + handedOver_.size();
 }
 
 bool HeadlessScheduler::runOneBackgroundTask(std::size_t index) {
-    if (mode_ != Background::manual) return false;
+    if (mode_ == Background::threads) return false;
     isUsed_ = true;
     Task task;
     {
@@ -89,14 +99,26 @@ bool HeadlessScheduler::runOneBackgroundTask(std::size_t index) {
         task = std::move(*place);
         background_.erase(place);
     }
-    if (task) task();
+    runByHand(std::move(task));
     return true;
+}
+
+void HeadlessScheduler::runByHand(Task task) {
+    if (mode_ == Background::manual) {
+        if (task) task();
+        return;
+    }
+    if (threads_.empty()) startThreads(1);
+    std::unique_lock lock(mutex_);
+    handedOver_.push_back(std::move(task));
+    changed_.notify_all();
+    changed_.wait(lock, [this] { return handedOver_.empty() && busyThreads_ == 0; });
 }
 
 void HeadlessScheduler::settle() {
     for (;;) {
         runUntilIdle();
-        if (mode_ == Background::manual) {
+        if (mode_ != Background::threads) {
             if (!runOneBackgroundTask()) return;
             continue;
         }
@@ -182,7 +204,7 @@ void HeadlessScheduler::runInBackground(Task task) {
         lock.unlock();
         return Environment::drop(std::move(task));
     }
-    background_.push_back(std::move(task));
+    (mode_ == Background::threads ? handedOver_ : background_).push_back(std::move(task));
     changed_.notify_all();
 }
 
@@ -201,7 +223,7 @@ bool HeadlessScheduler::isMainThread() const {
 }
 
 bool HeadlessScheduler::waitsForThreads() const {
-    return busyThreads_ > 0 || !background_.empty();
+    return busyThreads_ > 0 || !handedOver_.empty();
 }
 
 void HeadlessScheduler::moveDueTasks() {
@@ -211,13 +233,18 @@ void HeadlessScheduler::moveDueTasks() {
     }
 }
 
+void HeadlessScheduler::startThreads(int count) {
+    for (int index = 0; index < count; ++index)
+        threads_.emplace_back([this] { work(); });
+}
+
 void HeadlessScheduler::work() {
     std::unique_lock lock(mutex_);
     for (;;) {
-        changed_.wait(lock, [this] { return isEnded_ || !background_.empty(); });
+        changed_.wait(lock, [this] { return isEnded_ || !handedOver_.empty(); });
         if (isEnded_) return;
-        Task task = std::move(background_.front());
-        background_.pop_front();
+        Task task = std::move(handedOver_.front());
+        handedOver_.pop_front();
         ++busyThreads_;
         lock.unlock();
         if (task) task();
@@ -230,7 +257,7 @@ void HeadlessScheduler::work() {
 
 void HeadlessScheduler::tellOfForgottenTasks() const {
     const std::scoped_lock lock(mutex_);
-    const std::size_t tasks = mode_ == Background::manual ? background_.size() : 0;
+    const std::size_t tasks = background_.size();
     if (isUsed_ || tasks + ready_.size() == 0) return;
     tellOfMisuse("the headless platform ended with " + counted(tasks, "background task") + " and " +
                  counted(ready_.size(), "main-queue turn") +
@@ -241,6 +268,7 @@ void HeadlessScheduler::dropPending() {
     std::deque<ReadyTask> ready;
     std::map<Deadline, Task> delayed;
     std::deque<Task> background;
+    std::deque<Task> handedOver;
     {
         const std::scoped_lock lock(mutex_);
         isEnded_ = true;
@@ -253,6 +281,7 @@ void HeadlessScheduler::dropPending() {
     ready.swap(ready_);
     delayed.swap(delayed_);
     background.swap(background_);
+    handedOver.swap(handedOver_);
 }
 
 }  // namespace zorvik::platform::headless

@@ -22,8 +22,9 @@ namespace zorvik::platform::headless {
 class ZORVIK_API HeadlessScheduler : public Scheduler {
   public:
     enum class Background {
-        manual,  // background tasks wait until one is told to run, on the calling thread
-        threads  // they run at once on two threads of their own
+        manual,        // background tasks wait until one is told to run, on the calling thread
+        manualThread,  // the same, but on a thread of their own, for which the caller waits
+        threads        // they run at once on two threads of their own
     };
 
     explicit HeadlessScheduler(Background background = Background::manual);
@@ -36,11 +37,14 @@ class ZORVIK_API HeadlessScheduler : public Scheduler {
     // Moves both clocks on by `seconds`, running what comes due at its own time, and then all
     // turns that are ready.
     void advanceBy(double seconds);
+    // Moves both clocks on and runs nothing, as behind a main thread that is busy so long; what
+    // came due meanwhile is ready then.
+    void moveBy(double seconds);
     // Sets the wall clock; runs nothing and leaves the steady clock alone.
     void setNow(double wallSeconds);
 
-    // Background tasks that wait (manual mode), and running one of them by its place in line; false
-    // when there is none, and in threads mode.
+    // Background tasks that wait (manual modes), and running one of them by its place in line;
+    // false when there is none, and in threads mode.
     std::size_t backgroundCount() const;
     bool runOneBackgroundTask(std::size_t index = 0);
     // Runs background tasks and turns until neither is left; in threads mode waits for the threads.
@@ -50,6 +54,8 @@ class ZORVIK_API HeadlessScheduler : public Scheduler {
     std::size_t pendingCount() const;
     // Seconds until the next task is due (0: one is ready); nullopt when nothing is pending.
     std::optional<double> nextDelay() const;
+    // Turns run so far.
+    std::size_t turnCount() const { return turnCount_; }
     // One line a pending task: its number and when it is due.
     std::string describePending() const;
 
@@ -77,7 +83,10 @@ class ZORVIK_API HeadlessScheduler : public Scheduler {
     bool isMainThread() const;
     bool waitsForThreads() const;
     void moveDueTasks();
+    void startThreads(int count);
     void work();
+    // Runs it where the mode says, and destroys it there.
+    void runByHand(Task task);
     // Ends the threads and destroys what is pending; what comes from now on is dropped.
     void dropPending();
     // Says on standard error what waits, where nobody ever asked for a turn or a background task.
@@ -95,9 +104,11 @@ class ZORVIK_API HeadlessScheduler : public Scheduler {
     std::deque<ReadyTask> ready_;
     std::map<Deadline, Task> delayed_;  // by deadline, then by number
     std::deque<Task> background_;
+    std::deque<Task> handedOver_;  // to the threads
     std::size_t busyThreads_ = 0;
     bool isEnded_ = false;
-    bool isUsed_ = false;  // a turn or background task was asked for; main thread only
+    std::size_t turnCount_ = 0;  // main thread only
+    bool isUsed_ = false;        // a turn or background task was asked for; main thread only
     std::vector<std::thread> threads_;
 };
 

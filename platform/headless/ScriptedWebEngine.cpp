@@ -105,6 +105,25 @@ ScriptedLoad ScriptedWebEngine::answerLoad(const std::string& url) const {
     return refused;
 }
 
+bool ScriptedWebEngine::giveAnswer(std::size_t place) {
+    if (place >= waiting_.size()) return false;
+    const auto found = waiting_.begin() + static_cast<std::ptrdiff_t>(place);
+    Task give = std::move(found->give);
+    waiting_.erase(found);
+    scheduler_.runOnMain(std::move(give));
+    return true;
+}
+
+void ScriptedWebEngine::giveUpAnswers(const ScriptedPage& page) {
+    for (std::size_t place = 0; place < waiting_.size();) {
+        if (waiting_[place].page == &page) {
+            giveAnswer(place);
+        } else {
+            ++place;
+        }
+    }
+}
+
 Result<ScriptValue> ScriptedWebEngine::answerEvaluation(const std::string& text) const {
     const auto script = evaluationScript_;  // it may set another one
     if (script) return script(text);
@@ -122,7 +141,9 @@ ScriptedPage::ScriptedPage(ScriptedWebEngine& engine, const WebPageConfiguration
 
 ScriptedPage::~ScriptedPage() {
     takeLoad();
-    if (engine_) std::erase(engine_->pages_, this);
+    if (!engine_) return;
+    engine_->giveUpAnswers(*this);
+    std::erase(engine_->pages_, this);
 }
 
 // In these functions a report is the last thing that happens: it may destroy the page.
@@ -301,6 +322,7 @@ void ScriptedPage::cancelLoad() {
 
 void ScriptedPage::killWebProcess() {
     ++processGeneration_;
+    if (engine_) engine_->giveUpAnswers(*this);
     const bool wasInUse = isLoading() || committedUrl_;
     committedUrl_.reset();
     asked_.reset();
@@ -376,14 +398,19 @@ void ScriptedPage::evaluate(const std::string& script, Completion completion) {
         if (page->processGeneration_ == generation) return std::nullopt;
         return makeError(processEnded, "The web process ended unexpectedly.");
     };
-    scheduler.runOnMain(
-        [&scheduler, problem, script, completion = std::move(completion), &engine = *engine_] {
-            if (const auto error = problem()) return completion(*error);
-            scheduler.runOnMain([problem, completion, result = engine.answerEvaluation(script)] {
-                const auto error = problem();
-                completion(error ? Result<ScriptValue>(*error) : result);
-            });
-        });
+    scheduler.runOnMain([&scheduler, problem, script, page = this,
+                         completion = std::move(completion), &engine = *engine_] {
+        if (const auto error = problem()) return completion(*error);
+        Task give = [problem, completion, result = engine.answerEvaluation(script)] {
+            const auto error = problem();
+            completion(error ? Result<ScriptValue>(*error) : result);
+        };
+        if (engine.answers_ == ScriptedWebEngine::Answers::given || problem()) {
+            scheduler.runOnMain(std::move(give));
+        } else {
+            engine.waiting_.push_back({page, std::move(give)});
+        }
+    });
 }
 
 void ScriptedPage::addMessageHandler(const std::string& name) {

@@ -52,6 +52,15 @@ class ZORVIK_API ScriptedWebEngine : public WebEngine {
     // What every evaluation from now on is answered with. It may make the page post or navigate.
     void onEvaluate(EvaluationScript script) { evaluationScript_ = std::move(script); }
 
+    // Whether evaluations are answered by themselves, or wait like those of a page that is busy
+    // until one is told to go on or the page goes. For those from now on.
+    enum class Answers { given, waiting };
+    void setAnswers(Answers answers) { answers_ = answers; }
+    // Evaluations whose script ran and whose answer waits, oldest first. One by its place in line
+    // is answered in a turn of its own; false when there is none.
+    std::size_t waitingAnswers() const { return waiting_.size(); }
+    bool giveAnswer(std::size_t place = 0);
+
     // The pages alive, oldest first.
     const std::vector<ScriptedPage*>& pages() const { return pages_; }
     // The youngest page. None is a programming error.
@@ -65,8 +74,17 @@ class ZORVIK_API ScriptedWebEngine : public WebEngine {
 
     ScriptedLoad answerLoad(const std::string& url) const;
     Result<ScriptValue> answerEvaluation(const std::string& script) const;
+    // The page's answers that wait come at once, for they can only be errors now.
+    void giveUpAnswers(const ScriptedPage& page);
+
+    struct WaitingAnswer {
+        const ScriptedPage* page;
+        Task give;
+    };
 
     Scheduler& scheduler_;
+    Answers answers_ = Answers::given;
+    std::deque<WaitingAnswer> waiting_;
     LoadScript loadScript_;
     EvaluationScript evaluationScript_;
     std::vector<ScriptedPage*> pages_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -33,6 +34,8 @@ class ZORVIK_API NotificationCenter {
     // only compared, so a destructor may call it.
     void removeObserver(const void* observer);
     void post(std::string_view name);
+    // Registrations that were not removed, of observers that are gone too.
+    std::size_t observerCount() const { return registrations_.size(); }
 
   private:
     struct Registration {

@@ -227,6 +227,24 @@ TEST_F(SparePageTest, EachPageTakesTheProcessThatIsThereAndAKilledOneIsReplaced)
     }
 }
 
+TEST_F(SparePageTest, AProcessThatDiedUnnoticedCostsTheNextPageNothing) {
+    settle();
+    ASSERT_TRUE(askUntil([&] { return processes().size() == 1; }));
+    settle();
+    kill(processes().at(0), SIGKILL);
+    // No turn of the main loop: the port cannot have heard of it.
+    for (int waited = 0; !processes().empty() && waited < 500; ++waited)
+        usleep(10'000);
+    ASSERT_THAT(processes(), testing::IsEmpty());
+    page = makeOnMainThread<WKWebView>(Rect{0, 0, 400, 300}, WKWebViewConfiguration{});
+    page->setNavigationDelegate(delegate);
+    EXPECT_EQ(load(server.address("/page")), "finish /page");
+    EXPECT_EQ(std::ranges::count(delegate->events, "ask /page"), 1);
+    // From then on its process is its own, and the end of it is told.
+    kill(processes().at(0), SIGKILL);
+    ASSERT_TRUE(waitUntil([&] { return delegate->events.back() == "fail early"; }));
+}
+
 TEST_F(SparePageTest, AHungPageEndsWithItsProcessAndNeverHoldsUpTheNext) {
     const struct {
         const char* name;

@@ -85,5 +85,35 @@ TEST(HeadlessSchedulerThreadsTest, SettleWaitsForThreadsAndTheirTurns) {
     }
 }
 
+TEST_F(HeadlessSchedulerTest, MovingTheClockOnMakesReadyWhatIsDueAndRunsNothing) {
+    scheduler.runOnMainAfter(0.1, noting("first"));
+    scheduler.runOnMainAfter(0.3, noting("second"));
+    scheduler.runOnMainAfter(0.4, noting("not yet"));
+    scheduler.moveBy(scheduler.nextDelay().value());
+    EXPECT_EQ(scheduler.nextDelay(), 0);
+    scheduler.moveBy(0.25);
+    scheduler.runOnMain(noting("posted"));
+    EXPECT_THAT(log, ElementsAre());
+    scheduler.runUntilIdle();
+    EXPECT_THAT(log, ElementsAre("first", "second", "posted"));
+    EXPECT_EQ(scheduler.turnCount(), 3U);
+}
+
+TEST(HeadlessSchedulerThreadTest, ATaskToldToRunRunsAndEndsOnAThreadOfItsOwnMeanwhile) {
+    HeadlessScheduler scheduler(HeadlessScheduler::Background::manualThread);
+    std::vector<std::thread::id> threads;
+    const auto note = [&] { threads.push_back(std::this_thread::get_id()); };
+    for (int count = 0; count < 2; ++count)
+        scheduler.runInBackground([note, ended = whenDestroyed(note)] { note(); });
+    EXPECT_EQ(scheduler.backgroundCount(), 2U);
+    EXPECT_TRUE(threads.empty());
+    EXPECT_TRUE(scheduler.runOneBackgroundTask(1));
+    EXPECT_EQ(threads.size(), 2U);
+    scheduler.settle();
+    EXPECT_FALSE(scheduler.runOneBackgroundTask());
+    EXPECT_THAT(threads, testing::AllOf(testing::SizeIs(4), testing::Each(threads.front()),
+                                        testing::Each(testing::Ne(std::this_thread::get_id()))));
+}
+
 }  // namespace
 }  // namespace zorvik::platform::headless

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/headless/HeadlessApplication.h"
 #include "platform/headless/HeadlessScheduler.h"
 
 namespace zorvik::platform::headless {
@@ -35,6 +36,55 @@ TEST(ScriptedWebEngineTest, WhatIsNotScriptedFailsAndSaysWhatItWas) {
     scheduler.runUntilIdle();
     EXPECT_NE(events->seen.find("https://shop.example/pay"), std::string::npos) << events->seen;
     EXPECT_NE(failure.find("pay()"), std::string::npos) << failure;
+}
+
+TEST(ScriptedWebEngineTest, AnAnswerWaitsUntilItIsGivenOrThePageCannotGiveItAnyMore) {
+    HeadlessScheduler scheduler;
+    ScriptedWebEngine engine{scheduler};
+    engine.onEvaluate([](const std::string&) { return ScriptValue(); });
+    engine.setAnswers(ScriptedWebEngine::Answers::waiting);
+    const auto events = std::make_shared<Events>();
+    auto page = engine.makePage({}, events);
+    std::string outcomes;
+    const auto evaluate = [&](const std::string& name) {
+        page->evaluate(name, [&outcomes, name](const auto& result) {
+            outcomes += name + (result ? " " : " failed ");
+        });
+        scheduler.runUntilIdle();
+    };
+    for (const char* name : {"one", "two", "three"})
+        evaluate(name);
+    EXPECT_EQ(engine.waitingAnswers(), 3U);
+    EXPECT_TRUE(engine.giveAnswer(1));
+    scheduler.runUntilIdle();
+    EXPECT_EQ(outcomes, "two ");
+    engine.page().killWebProcess();
+    scheduler.runUntilIdle();
+    EXPECT_EQ(outcomes, "two one failed three failed ");
+    outcomes.clear();
+    evaluate("four");
+    page.reset();
+    scheduler.runUntilIdle();
+    EXPECT_EQ(outcomes, "four failed ");
+    EXPECT_FALSE(engine.giveAnswer());
+}
+
+TEST(HeadlessApplicationTest, ALaunchWaitsUntilItIsConfirmed) {
+    HeadlessScheduler scheduler;
+    HeadlessApplication application{scheduler};
+    application.install("pay");
+    application.setAnswers(HeadlessApplication::Answers::waiting);
+    std::string outcomes;
+    for (const char* address : {"pay://one", "other://two"})
+        application.open(*URL::parse(address),
+                         [&](bool opened) { outcomes += opened ? "y" : "n"; });
+    scheduler.runUntilIdle();
+    EXPECT_EQ(outcomes, "");
+    EXPECT_TRUE(application.giveAnswer());
+    EXPECT_TRUE(application.giveAnswer());
+    EXPECT_FALSE(application.giveAnswer());
+    scheduler.runUntilIdle();
+    EXPECT_EQ(outcomes, "yn");
 }
 
 }  // namespace zorvik::platform::headless
