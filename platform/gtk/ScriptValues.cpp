@@ -3,6 +3,7 @@
 #include <jsc/jsc.h>
 
 #include "platform/desktop/JsonString.h"
+#include "platform/desktop/ShortText.h"
 #include "platform/gtk/ObjectPointer.h"
 
 namespace zorvik::platform::gtk {
@@ -17,32 +18,14 @@ ScriptValue::Type typeOf(JSCValue* value) {
     return ScriptValue::Type::object;
 }
 
-// Whether the text of an object can be written within a moment. The engine keeps what an object
-// holds in several places in one, so that a few of them may unfold to a text without end, and gaps
-// of a list cost nothing until they are written.
+// Whether the text of an object can be written within a moment.
 bool hasShortText(JSCValue* value) {
-    constexpr auto source = R"((value, limit) => {
-        const open = [value];
-        while (open.length > 0 && limit > 0) {
-            const each = open.pop();
-            limit -= 16;
-            if (typeof each === 'string') limit -= each.length;
-            if (typeof each !== 'object' || each === null) continue;
-            if (Array.isArray(each)) limit -= each.length;
-            if (limit < 0) break;
-            for (const key in each) {
-                limit -= key.length;
-                open.push(each[key]);
-                if (open.length * 16 > limit) return false;
-            }
-        }
-        return limit > 0;
-    })";
-    constexpr double longest = 1 << 22;  // characters, about
     JSCContext* context = jsc_value_get_context(value);
-    const ObjectPointer<JSCValue> function(jsc_context_evaluate(context, source, -1));
-    const ObjectPointer<JSCValue> answer(jsc_value_function_call(
-        function.get(), JSC_TYPE_VALUE, value, G_TYPE_DOUBLE, longest, G_TYPE_NONE));
+    const ObjectPointer<JSCValue> function(
+        jsc_context_evaluate(context, desktop::hasShortText, -1));
+    const ObjectPointer<JSCValue> answer(
+        jsc_value_function_call(function.get(), JSC_TYPE_VALUE, value, G_TYPE_DOUBLE,
+                                static_cast<double>(desktop::longestText), G_TYPE_NONE));
     return jsc_value_to_boolean(answer.get());
 }
 

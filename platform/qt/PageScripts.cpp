@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/desktop/JsonString.h"
+#include "platform/desktop/ShortText.h"
 #include "platform/desktop/WebPageError.h"
 #include "platform/foundation/Data.h"
 #include "platform/foundation/JSONSerialization.h"
@@ -26,14 +27,45 @@ QString literal(const std::string& text) {
     return QString::fromStdString(JSONSerialization::data(Value(text)).value());
 }
 
-// A letter for the type, in front of the JSON text.
-const char describe[] = R"(const describe = value => {
-    if (value === null || value === undefined) return 'nnull';
-    const text = stringify(value);
-    if (text === undefined) return undefined;
-    const letters = {string: 's', number: 'd', boolean: 'b'};
-    return (letters[typeof value] || (isArray(value) ? 'a' : 'o')) + text;
-};)";
+// A letter for the type, in front of the JSON text. What it calls is taken before the page runs.
+const QString& describe() {
+    static const QString source =
+        QStringLiteral(R"(
+    const {stringify} = JSON, {isArray} = Array, text = String, hasShortText = %1;
+    const describe = value => {
+        if (value === null || value === undefined) return 'nnull';
+        if (typeof value === 'object' && !hasShortText(value, %2)) return undefined;
+        const json = stringify(value);
+        if (json === undefined) return undefined;
+        const letters = {string: 's', number: 'd', boolean: 'b'};
+        return (letters[typeof value] || (isArray(value) ? 'a' : 'o')) + json;
+    };)")
+            .arg(QString(desktop::hasShortText)
+                     .replace(QLatin1String("Array.isArray"), QLatin1String("isArray")))
+            .arg(desktop::longestText);
+    return source;
+}
+
+// Evaluates a source and describes what it comes to. The first piece tells whether the page's
+// policy allows any.
+const QString& evaluator() {
+    static const QString source = QStringLiteral(R"((() => {
+    const run = eval;
+    %1
+    return source => {
+        try { run('0'); } catch (error) { return 'forbidden'; }
+        try {
+            const answer = describe(run(source));
+            return answer === undefined ? 'unwritable' : answer;
+        } catch (error) { return 'error' + text(error); }
+    };
+})())")
+                                      .arg(describe());
+    return source;
+}
+
+// Where a document keeps its evaluator, made before the page could change what it calls.
+constexpr char evaluatorName[] = "zorvikEvaluator";
 
 std::optional<ScriptValue::Type> typeOf(QChar letter) {
     using Type = ScriptValue::Type;
@@ -71,7 +103,9 @@ QString documentScript(const QString& token) {
     if (location.href === 'about:blank') return;
     const say = text => console.debug('%1' + text);
     say('c' + location.href);
-    addEventListener('load', () => say('l'), true);
+    document.addEventListener('readystatechange', () => {
+        if (document.readyState === 'complete') say('l');
+    });
 })())")
         .arg(token);
 }
@@ -81,7 +115,7 @@ QString handlerScript(const QString& token, const std::map<int, std::string>& ha
     for (const auto& [number, name] : handlers)
         entries += QStringLiteral("[%1, %2],").arg(number).arg(literal(name));
     return QStringLiteral(R"((() => {
-    const say = console.debug.bind(console), {stringify} = JSON, {isArray} = Array;
+    const say = console.debug.bind(console);
     %1
     const webkit = window.webkit || (window.webkit = {});
     const handlers = webkit.messageHandlers || (webkit.messageHandlers = {});
@@ -93,7 +127,7 @@ QString handlerScript(const QString& token, const std::map<int, std::string>& ha
         }};
     }
 })())")
-        .arg(QLatin1String(describe), entries, token);
+        .arg(describe(), entries, token);
 }
 
 QString removalScript(const std::string& handler) {
@@ -158,18 +192,14 @@ QByteArray panelReply(ScriptPanel::Kind kind, const ScriptPanelAnswer& answer) {
     return QByteArray::fromStdString(text.value());
 }
 
+QString evaluatorScript() {
+    return QStringLiteral("Object.defineProperty(window, '%1', {value: %2});")
+        .arg(QLatin1String(evaluatorName), evaluator());
+}
+
 QString evaluation(const std::string& script) {
-    // The first piece tells whether the page's policy allows any.
-    return QStringLiteral(R"((() => {
-    const {stringify} = JSON, {isArray} = Array;
-    %1
-    try { (0, eval)('0'); } catch (error) { return 'forbidden'; }
-    try {
-        const text = describe((0, eval)(%2));
-        return text === undefined ? 'unwritable' : text;
-    } catch (error) { return 'error' + error; }
-})())")
-        .arg(QLatin1String(describe), literal(script));
+    return QStringLiteral("(window.%1 || %2)(%3)")
+        .arg(QLatin1String(evaluatorName), evaluator(), literal(script));
 }
 
 std::optional<Result<ScriptValue>> valueOf(const QVariant& answer) {

@@ -36,6 +36,9 @@ QString refusalScript(const QString& token);
 std::optional<ScriptPanel> parsePanel(const QString& query);
 QByteArray panelReply(ScriptPanel::Kind kind, const ScriptPanelAnswer& answer);
 
+// For the page's world, at the start of each document: what evaluations call, before a page could
+// change it.
+QString evaluatorScript();
 // Evaluates the script and gives its value as text; `valueOf` reads it. nullopt: the page forbids
 // that, and has run nothing.
 QString evaluation(const std::string& script);

@@ -147,13 +147,15 @@ void QtWebEngine::end() {
 
 std::unique_ptr<WebPage> QtWebEngine::makePage(const WebPageConfiguration& configuration,
                                                std::weak_ptr<WebPageDelegate> delegate) {
-    auto enginePage = parts_->spare ? parts_->spare->take() : parts_->makeEnginePage();
+    const bool isSpare = parts_->spare != nullptr;
+    auto enginePage = isSpare ? parts_->spare->take() : parts_->makeEnginePage();
     parts_->spare.reset();
     auto page = std::make_unique<QtWebPage>(
         std::move(enginePage), configuration, std::move(delegate), parts_->options.hungSeconds,
         [this](QtWebPage& past, std::unique_ptr<EnginePage> pastPage) {
             parts_->pageLeft(past, std::move(pastPage));
         });
+    if (isSpare) page->takeOverSpare();
     parts_->pages.push_back(page.get());
     return page;
 }

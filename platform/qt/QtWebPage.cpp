@@ -67,6 +67,7 @@ QtWebPage::QtWebPage(std::unique_ptr<EnginePage> page, const WebPageConfiguratio
     page_->setVisible(true);  // nothing is throttled before the stage shows it
     insertScript("document", pageScripts::documentScript(page_->token()),
                  QWebEngineScript::ApplicationWorld, false);
+    insertScript("evaluator", pageScripts::evaluatorScript(), world_, false);
     insertScript("refusals", pageScripts::refusalScript(page_->token()), world_, true);
 }
 
@@ -230,8 +231,19 @@ void QtWebPage::askProcess(double patience) {
         });
 }
 
+void QtWebPage::takeOverSpare() {
+    constexpr double noticed = 1;  // second, in which the engine tells of a process that is dead
+    spareUntil_ = Environment::scheduler().steadySeconds() + noticed;
+}
+
 void QtWebPage::pageLostItsProcess() {
     probe_.reset();
+    const bool wasDead = Environment::scheduler().steadySeconds() < std::exchange(spareUntil_, 0);
+    if (wasDead && navigation_.isProvisional() && navigation_.isOwnLoad()) {
+        // A new process takes the load.
+        loadInEngine(QUrl::fromEncoded(QByteArray::fromStdString(*navigation_.address())));
+        return;
+    }
     hasProcess_ = false;
     dropLateQuestions();
     failEvaluations(processError(), document_ + 1);

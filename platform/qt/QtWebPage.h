@@ -32,6 +32,8 @@ class QtWebPage : public WebPage, private EnginePage::Owner {
 
     // For the stage to place. It is the page's, leaves its parent when the page goes and ends with
     // the engine's page. nullptr once the engine has ended.
+    // Its process was kept ahead, and may have died unnoticed meanwhile.
+    void takeOverSpare();
     QWidget* widget() const;
     // Takes the engine's page, for the engine's end. Nothing is reported, and no evaluation
     // completes.
@@ -103,6 +105,7 @@ class QtWebPage : public WebPage, private EnginePage::Owner {
     bool isPost_ = false;             // the main frame's last request
     bool hasProcess_ = true;          // none between its end and the next load
     bool awaitsProcessEnd_ = false;   // a load waits for it
+    double spareUntil_ = 0;  // steady time; a process that ends by then was dead when it was taken
     Questions lateQuestions_;         // left open when the engine wanted the answer
     std::vector<QUrl> answeredUrls_;  // the engine asks once more when it goes on
 

@@ -182,7 +182,12 @@ std::string StoryPlayer::addressFor(unsigned way, std::size_t checkout) {
 }
 
 void StoryPlayer::go(Page& from, const std::string& url) {
-    request("[URL INTERCEPT] 🔍 Intercepted URL: " + url, checkoutOf(from));
+    // A move within the document is not asked for.
+    const auto current = from.currentUrl();
+    const auto place = url.find('#');
+    const bool staysInDocument = place != url.npos && current &&
+                                 current->absoluteString().substr(0, place) == url.substr(0, place);
+    if (!staysInDocument) request("[URL INTERCEPT] 🔍 Intercepted URL: " + url, checkoutOf(from));
     from.navigate(url);
 }
 

@@ -143,7 +143,7 @@ std::vector<Row> messageRows() {
              checkout.waitForValue("heard", backMessage);
          }},
         {"ScriptsThatAreThrownOut", R"(<script>
-             window.setTimeout = window.postMessage = () => { throw 'x'.repeat(10000000); };
+             window.setTimeout = window.postMessage = () => { throw 'x'.repeat(3000000); };
              </script>)",
          [](HostileCheckout& checkout) {
              checkout.waitForPage();

@@ -17,6 +17,14 @@ std::string nameOf(pid_t process) {
     return name;
 }
 
+// Ended, and only waiting for its parent to notice.
+bool isOver(pid_t process) {
+    std::string stat;
+    std::getline(std::ifstream("/proc/" + std::to_string(process) + "/stat"), stat);
+    const std::size_t name = stat.rfind(") ");
+    return name == stat.npos || stat[name + 2] == 'Z';
+}
+
 bool isOfKind(const std::string& name, const std::string& parent, EngineProcess kind) {
     if (kind == EngineProcess::network) return name == "WebKitNetworkPr";
     // Qt's engine makes them as copies of a process that runs no page itself.
@@ -30,7 +38,7 @@ void collect(pid_t ancestor, EngineProcess kind, std::vector<pid_t>& found) {
     for (const auto& task : fs::directory_iterator(tasks, ignored)) {
         std::ifstream children(task.path() / "children");
         for (pid_t child = 0; children >> child;) {
-            if (isOfKind(nameOf(child), parent, kind)) found.push_back(child);
+            if (isOfKind(nameOf(child), parent, kind) && !isOver(child)) found.push_back(child);
             collect(child, kind, found);
         }
     }

@@ -18,6 +18,8 @@ namespace zorvik::tests {
 using Platform = platform::gtk::GtkPlatform;
 using PlatformOptions = platform::gtk::GtkPlatformOptions;
 using Window = GtkWindow;
+// The engine leaves %zz in an address as it is.
+constexpr bool mendsBrokenEscapes = false;
 // A page's web process runs the next page too.
 constexpr bool handsProcessesOn = true;
 inline bool hasWrittenCookies(const std::string&) {

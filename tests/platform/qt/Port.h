@@ -15,6 +15,8 @@ namespace zorvik::tests {
 using Platform = platform::qt::QtPlatform;
 using PlatformOptions = platform::qt::QtPlatformOptions;
 using Window = QWidget;
+// The engine writes %zz in an address as %25zz.
+constexpr bool mendsBrokenEscapes = true;
 constexpr bool handsProcessesOn = false;
 // Whether the engine has let go of the cookies in this folder, which it does some time after its
 // platform has ended.
