@@ -35,6 +35,7 @@ class ZORVIK_API CheckoutExplorer {
         std::function<std::string(const Story& story, Story::Moment moment)> broken;
     };
 
+    // A rule that was broken, and by what.
     struct Failure {
         std::optional<std::uint64_t> seed;  // nullopt: of a script that was replayed
         std::string rule;

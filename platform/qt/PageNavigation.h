@@ -15,6 +15,7 @@ namespace zorvik::platform::qt {
 class PageNavigation {
   public:
     enum class Kind { started, committed, finished, failedBeforeCommit, failedAfterCommit };
+    // One thing that the page is to report.
     struct Report {
         Kind kind;
         Error error = {};  // of a failure

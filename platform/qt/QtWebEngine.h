@@ -9,6 +9,7 @@
 
 namespace zorvik::platform::qt {
 
+// How the engine is made.
 struct QtWebEngineOptions {
     bool keepsSparePage = true;
     double hungSeconds = 20;

@@ -11,6 +11,7 @@
 // What a screen is made of. They draw what they are given and know no views.
 namespace zorvik::platform::qt {
 
+// How a block is drawn.
 struct Look {
     UIColor background = UIColor::clear();
     double cornerRadius = 0;

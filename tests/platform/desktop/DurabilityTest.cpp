@@ -12,8 +12,8 @@
 #include <functional>
 #include <sstream>
 
-#include "platform/foundation/JSONSerialization.h"
 #include "platform/desktop/FileDefaults.h"
+#include "platform/foundation/JSONSerialization.h"
 
 namespace zorvik::platform::desktop {
 namespace {
