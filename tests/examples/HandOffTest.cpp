@@ -34,7 +34,8 @@ class DemoRun {
         std::filesystem::create_directories(pictures);
         const std::string command =
             "ZORVIK_DEMO_IS_READY=1 ZORVIK_DEMO_PROGRAMS='" ZORVIK_DEMO_PROGRAMS
-            "' timeout 120 '" ZORVIK_SOURCE_FOLDER "/scripts/demo' --customer auto --scenario " +
+            "' timeout 120 '" ZORVIK_SOURCE_FOLDER "/scripts/demo' --port " ZORVIK_DEMO_PORT
+            " --customer auto --scenario " +
             scenario + " --png-folder '" + pictures + "' 2>'" + pictures + "/errors'";
         std::FILE* output = popen(command.c_str(), "r");
         char piece[4096];

@@ -10,7 +10,10 @@ namespace {
 
 // Milliseconds in which the main thread works without a turn for what is due; checked code takes
 // several times as long. What it waits for others besides depends on how busy the machine is.
-#if defined(__SANITIZE_ADDRESS__)
+#ifndef __has_feature
+#define __has_feature(name) 0
+#endif
+#if defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer)
 constexpr double longestWork = 1000;
 #else
 constexpr double longestWork = 100;
@@ -59,26 +62,29 @@ class APage : public testing::TestWithParam<Case> {
         alarm(0);
     }
 
-    void expectStall(HostileCheckout& checkout, const char* when) {
+    // Whether the window answered; with every other claim about the row.
+    static bool play(const Row& row, Ending ending);
+
+  private:
+    static bool answered(HostileCheckout& checkout, const char* when) {
         const auto longest = checkout.watch.takeLongest();
-        EXPECT_LT(longest.work, longestWork) << "work of the main thread, " << when;
-        EXPECT_LT(longest.total, longestWait) << "work and waiting, " << when;
         std::cout << "longest turn " << when << ": " << longest.work << " ms of work, "
                   << longest.total << " ms in all\n";
+        return longest.work < longestWork && longest.total < longestWait;
     }
 };
 
-TEST_P(APage, HarmsNobodyButItself) {
-    const auto& [row, ending] = GetParam();
+bool APage::play(const Row& row, Ending ending) {
     alarm(deadline);
+    bool hasAnswered = true;
     {
         HostileCheckout checkout;
         checkout.serve("/hostile", row.page);
         if (row.opens == Row::Opens::before) checkout.open();
         if (row.story) row.story(checkout);
-        ASSERT_EQ(checkout.isPanelShown(), row.leaves == Leaves::panel);
+        EXPECT_EQ(checkout.isPanelShown(), row.leaves == Leaves::panel);
         EXPECT_EQ(checkout.host->responses().empty(), row.leaves != Leaves::outcome);
-        expectStall(checkout, "before the end");
+        hasAnswered = answered(checkout, "before the end") && hasAnswered;
 
         std::vector<Dictionary> heard;
         if (row.leaves == Leaves::outcome) {
@@ -94,14 +100,22 @@ TEST_P(APage, HarmsNobodyButItself) {
         }
         checkout.waitForSilence();
         EXPECT_EQ(checkout.host->responses(), heard);
-        expectStall(checkout, "at the end");
+        hasAnswered = answered(checkout, "at the end") && hasAnswered;
     }
     HostileCheckout next;
     next.open("/ordinary");
     EXPECT_TRUE(next.waitUntil([&] { return !next.host->responses().empty(); }));
     next.waitForSilence();
     EXPECT_THAT(next.host->responses(), testing::ElementsAre(HostileCheckout::paidOrdinarily()));
-    expectStall(next, "in the next checkout");
+    return answered(next, "in the next checkout") && hasAnswered;
+}
+
+TEST_P(APage, HarmsNobodyButItself) {
+    const auto& [row, ending] = GetParam();
+    // A second time where the machine may have been slow: what a page does to the window it does
+    // each time.
+    const bool hasAnswered = play(row, ending) || HasFailure() || play(row, ending);
+    EXPECT_TRUE(hasAnswered || HasFailure()) << "the window did not answer for too long";
 }
 
 INSTANTIATE_TEST_SUITE_P(Hostile, APage, testing::ValuesIn(cases()),
