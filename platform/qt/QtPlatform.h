@@ -24,9 +24,9 @@ using QtPlatformOptions = desktop::PlatformOptions;
 // host's); what they answer later is dropped.
 class ZORVIK_API QtPlatform {
   public:
-    // nullptr when there is no display to open, when called on another thread than the
-    // QApplication's, or when the applicationId cannot be the name of a folder; standard error
-    // says which.
+    // nullptr when no display is named, when called on another thread than the QApplication's, or
+    // when the applicationId cannot be the name of a folder; standard error says which. A display
+    // that is named and cannot be opened ends the process, as it does for any QApplication.
     static std::unique_ptr<QtPlatform> make(const QtPlatformOptions& options);
     ~QtPlatform();
 
