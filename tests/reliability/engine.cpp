@@ -1,7 +1,8 @@
 // Short checkouts on the real engine, one after another in one process: pages and hosts that
 // behave in any way, or only ordinary payments. Memory, processes and what else may pile up are
 // counted as it goes.
-// usage: zorvik-engine-gtk, zorvik-engine-qt [--runs N] [--seed S] [--plain] | --replay SEED        under a display
+// usage: zorvik-engine-gtk, zorvik-engine-qt [--runs N] [--seed S] [--plain] | --replay SEED under
+// a display
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
