@@ -121,7 +121,7 @@ std::string StoryPlayer::returnAddress(unsigned way, std::size_t checkout) {
         return owed_.emplace(base + "?n=" + number, owed).first->first;
     }
     const std::string transaction = "t-" + number;
-    const std::string address = base + returns.at(way).query + transaction;
+    std::string address = base + returns.at(way).query + transaction;
     if (returns.at(way).error != nullptr) {
         Owed owed{"a UPI return", checkout, failure(checkout, returns.at(way).error), 2};
         owed.data["transaction_id"] = owed.data["zorvik_transaction_id"] = transaction;
@@ -136,7 +136,7 @@ std::string StoryPlayer::addressFor(unsigned way, std::size_t checkout) {
     const std::string responseUrl = ScriptedCoreServices::responseUrl;
     const Owed answer{"a response", checkout, {{"answer", number_}}, 1};
     const auto respond = [&](const std::string& response, const Owed& owed) {
-        const std::string address = responseUrl + "?response=" + response + "&n=" + number;
+        std::string address = responseUrl + "?response=" + response + "&n=" + number;
         owed_.emplace(address, owed);
         return address;
     };
@@ -151,7 +151,7 @@ std::string StoryPlayer::addressFor(unsigned way, std::size_t checkout) {
                             failure(checkout, "Invalid response format"), 0});
         case 3: {
             // Counts as a response for the text it holds, whose query has none.
-            const std::string address =
+            std::string address =
                 responseUrl + "?n=" + number + "&from=" + responseUrl + "?response=";
             owed_.emplace(address, Owed{"no response", checkout,
                                         failure(checkout, "Invalid payment response"), 2});
@@ -170,7 +170,7 @@ std::string StoryPlayer::addressFor(unsigned way, std::size_t checkout) {
             const Page* const shown = page();
             const auto url = shown != nullptr ? shown->currentUrl() : std::nullopt;
             const std::string current = url ? url->absoluteString() : "https://pay.example/";
-            const std::string address = current.substr(0, current.find('#')) + "#" + number;
+            std::string address = current.substr(0, current.find('#')) + "#" + number;
             // The response that an address holds stays in it.
             if (const auto held = owed_.find(current); held != owed_.end())
                 owed_.emplace(address, held->second).first->second.wasAskedFor = false;

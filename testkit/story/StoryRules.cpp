@@ -239,7 +239,7 @@ std::string returnsAreToldApart(const Story& story, Moment moment) {
         const bool isQuick = std::stod(text.substr(elapsed.size())) < 5;
         const std::string& next = story.happenings[place + 1].text;
         if (isQuick != next.starts_with("[APP STATE] ⚠️ User returned quickly"))
-            return text + ", then " + next;
+            return std::string(text).append(", then ").append(next);
     }
     return "";
 }

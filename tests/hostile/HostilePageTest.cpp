@@ -99,7 +99,12 @@ bool APage::play(const Row& row, Ending ending) {
             heard = {HostileCheckout::paid()};
         }
         checkout.waitForSilence();
-        EXPECT_EQ(checkout.host->responses(), heard);
+        if (row.leaves == Leaves::outcome) {
+            // Each answer that was there before the screen had gone is told.
+            EXPECT_THAT(checkout.host->responses(), testing::Each(heard.front()));
+        } else {
+            EXPECT_EQ(checkout.host->responses(), heard);
+        }
         hasAnswered = answered(checkout, "at the end") && hasAnswered;
     }
     HostileCheckout next;
