@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <deque>
 #include <future>
+#include <stdexcept>
 
 #include "core/EventConstants.h"
 #include "core/EventLogging.h"
@@ -116,6 +117,21 @@ TEST_F(DevelopmentCoreTest, AnEventLoggedAsTheProcessEndsIsRecorded) {
     logsAtTheEnd = true;
     EXPECT_EXIT(std::exit(0), testing::ExitedWithCode(0), "recorded UPDATE_ORDER_PAYLOAD");
     logsAtTheEnd = false;
+}
+
+TEST_F(DevelopmentCoreTest, ASinkThatThrowsLosesItsEventAndNothingElse) {
+    struct ThrowingSink : EventSink {
+        int events = 0;
+        void record(const RecordedEvent&) override {
+            ++events;
+            throw std::runtime_error("no room");
+        }
+    };
+    const auto sink = std::make_shared<ThrowingSink>();
+    configuration_.eventSink = sink;
+    DevelopmentCore::shared().configure(configuration_);
+    EventLoggingUtils::safeLogEvent(EventConstants::PAYMENT_STATUS, "o", {}, {}, {}, "1");
+    EXPECT_EQ(sink->events, 1);
 }
 
 TEST_F(DevelopmentCoreTest, WithoutAConfigurationEveryCallStillCompletesOnceWithAnError) {
