@@ -107,8 +107,10 @@ void addRule(QLayout* rows) {
 }
 
 std::string initials(const std::string& name) {
+    std::string letters = name.substr(0, 1);
     const std::size_t space = name.find(' ');
-    return name.substr(0, 1) + (space == name.npos ? "" : name.substr(space + 1, 1));
+    if (space != name.npos) letters.push_back(name.at(space + 1));
+    return letters;
 }
 
 // The shop's window. It stays an object of the desktop's when the customer closes it.
@@ -269,7 +271,7 @@ void QtDesktop::showBasket(const std::string& problem) {
     column->addWidget(list);
     column->addWidget(label("Delivered within four days. Free returns.", "small"));
     if (!problem.empty()) column->addWidget(label(problem, "bad"));
-    addAction(column, "Pay " + moneyText(basketTotal(), "INR"), events_.pay);
+    addAction(column, std::string("Pay ").append(moneyText(basketTotal(), "INR")), events_.pay);
 }
 
 void QtDesktop::showBusy() {
