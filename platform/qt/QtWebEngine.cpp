@@ -95,10 +95,11 @@ struct QtWebEngine::Parts {
     void keepSpare() {
         if (!options.keepsSparePage || hasEnded || spare || !pages.empty()) return;
         spare = std::make_unique<SparePage>(scheduler, makeEnginePage(), [this](bool hasAnswered) {
-            // Inside the engine's own call. One that could not even start is not tried again.
+            // Inside the engine's own call. What cannot start is tried twice, not for ever.
             left.push_back(spare->take());
             spare.reset();
-            closeLeftSoon(hasAnswered);
+            failedStarts = hasAnswered ? 0 : failedStarts + 1;
+            closeLeftSoon(failedStarts < 2);
         });
     }
 
@@ -121,6 +122,7 @@ struct QtWebEngine::Parts {
     std::unique_ptr<SparePage> spare;               // only while no page is alive
     std::vector<QtWebPage*> pages;                  // alive
     std::vector<std::unique_ptr<EnginePage>> left;  // not closed yet
+    int failedStarts = 0;                           // of spare processes, in a row
     bool hasEnded = false;
 };
 

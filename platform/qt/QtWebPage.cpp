@@ -16,9 +16,9 @@ using desktop::ProcessProbe, desktop::webPageError, desktop::WebPageErrorCode;
 
 namespace {
 
-// How long a web process may owe an answer after a load that made no progress, and when a new load
-// is to start.
-constexpr double patienceAfterTimeout = 5;
+// How long a web process may owe an answer to a question of its own, and when a new load is to
+// start.
+constexpr double patience = 5;
 constexpr double patienceOfALoad = 1;
 
 Error processError() {
@@ -127,21 +127,27 @@ void QtWebPage::begin(int request) {
     const auto answer = [self = self_, request](NavigationDecision decision) {
         if (*self == nullptr || (*self)->request_ != request) return;
         if (decision == NavigationDecision::cancel) return (*self)->navigation_.cancelRequest();
-        Environment::scheduler().runOnMain([self, request] {
-            if (*self != nullptr) (*self)->start(request);
-        });
+        (*self)->startSoon();
     };
     delegate->pageAsksToNavigate(url, answerOnce(answer));
 }
 
 void QtWebPage::start(int request) {
     if (request != request_ || !navigation_.isRequested()) return;
+    // The process answers or its end is told; then the load has one in either case.
+    if (mayBeDead_) return askProcess(patience);
     const QUrl url = QUrl::fromEncoded(QByteArray::fromStdString(*navigation_.address()));
     watch_.start(requestTimeout_);
     hasProcess_ = true;
     const auto reports = navigation_.allowRequest();
     loadInEngine(url);
     report(reports);
+}
+
+void QtWebPage::startSoon() {
+    Environment::scheduler().runOnMain([self = self_, request = request_] {
+        if (*self != nullptr) (*self)->start(request);
+    });
 }
 
 void QtWebPage::loadInEngine(const QUrl& url) {
@@ -209,7 +215,7 @@ void QtWebPage::timedOut() {
     ++request_;
     stopEngine();
     navigation_.stop(webPageError(WebPageErrorCode::timedOut, "The request timed out."));
-    askProcess(patienceAfterTimeout);
+    askProcess(patience);
     report(navigation_.takeDue());
 }
 
@@ -217,34 +223,27 @@ void QtWebPage::customerActed() {
     if (navigation_.showsPage()) askProcess(hungSeconds_);
 }
 
-void QtWebPage::askProcess(double patience) {
+void QtWebPage::askProcess(double seconds) {
     if (probe_) return;
     const auto ask = [this](std::function<void()> ran) {
         page_->runJavaScript("1", QWebEngineScript::ApplicationWorld,
-                             [ran = std::move(ran)](const QVariant&) { ran(); });
+                             [ran = std::move(ran)](const QVariant& answer) {
+                                 if (answer.isValid()) ran();  // else there was no process
+                             });
     };
     probe_ = std::make_unique<ProcessProbe>(
-        Environment::scheduler(), ask, patience, [this](ProcessProbe::Answer answer) {
+        Environment::scheduler(), ask, seconds, [this](ProcessProbe::Answer answer) {
             probe_.reset();
             // A script waits for the answer to its panel as long as it takes.
             if (answer == ProcessProbe::Answer::silent && openPanel_.expired()) page_->endProcess();
+            if (std::exchange(mayBeDead_, false)) startSoon();
         });
-}
-
-void QtWebPage::takeOverSpare() {
-    constexpr double noticed = 1;  // second, in which the engine tells of a process that is dead
-    spareUntil_ = Environment::scheduler().steadySeconds() + noticed;
 }
 
 void QtWebPage::pageLostItsProcess() {
     probe_.reset();
-    const bool wasDead = Environment::scheduler().steadySeconds() < std::exchange(spareUntil_, 0);
-    if (wasDead && navigation_.isProvisional() && navigation_.isOwnLoad()) {
-        // A new process takes the load.
-        loadInEngine(QUrl::fromEncoded(QByteArray::fromStdString(*navigation_.address())));
-        return;
-    }
     hasProcess_ = false;
+    if (std::exchange(mayBeDead_, false)) startSoon();
     dropLateQuestions();
     failEvaluations(processError(), document_ + 1);
     const auto reports = navigation_.processEnded(processError());

@@ -30,10 +30,10 @@ class QtWebPage : public WebPage, private EnginePage::Owner {
               std::weak_ptr<WebPageDelegate> delegate, double hungSeconds, Left left);
     ~QtWebPage() override;
 
+    // Its process was kept ahead, and may have died unnoticed meanwhile.
+    void takeOverSpare() { mayBeDead_ = true; }
     // For the stage to place. It is the page's, leaves its parent when the page goes and ends with
     // the engine's page. nullptr once the engine has ended.
-    // Its process was kept ahead, and may have died unnoticed meanwhile.
-    void takeOverSpare();
     QWidget* widget() const;
     // Takes the engine's page, for the engine's end. Nothing is reported, and no evaluation
     // completes.
@@ -70,10 +70,11 @@ class QtWebPage : public WebPage, private EnginePage::Owner {
 
     void begin(int request);
     void start(int request);
+    void startSoon();
     void loadInEngine(const QUrl& url);
     void stopEngine();
     void timedOut();
-    void askProcess(double patience);
+    void askProcess(double seconds);
     // False when this page went in one of them.
     bool report(const PageNavigation::Reports& reports);
     void reportSoon();
@@ -105,7 +106,7 @@ class QtWebPage : public WebPage, private EnginePage::Owner {
     bool isPost_ = false;             // the main frame's last request
     bool hasProcess_ = true;          // none between its end and the next load
     bool awaitsProcessEnd_ = false;   // a load waits for it
-    double spareUntil_ = 0;  // steady time; a process that ends by then was dead when it was taken
+    bool mayBeDead_ = false;          // a spare process that was not heard of since it was taken
     Questions lateQuestions_;         // left open when the engine wanted the answer
     std::vector<QUrl> answeredUrls_;  // the engine asks once more when it goes on
 

@@ -157,6 +157,10 @@ void HostileCheckout::waitForPage(std::size_t times) {
     EXPECT_TRUE(askUntil([&] { return eventCount("WEBVIEW_LOADED") >= times; })) << "no page";
 }
 
+void HostileCheckout::waitForPageOrPanel() {
+    EXPECT_TRUE(askUntil([&] { return eventCount("WEBVIEW_LOADED") > 0 || isPanelShown(); }));
+}
+
 void HostileCheckout::waitForRequest(const std::string& path, std::size_t times) {
     EXPECT_TRUE(askUntil([&] {
         const auto requests = server.requests();

@@ -38,6 +38,7 @@ class HostileCheckout {
     void waitForPanel(double seconds = 10);
     // Until the load of the checkout's page, or of a later one, has ended well.
     void waitForPage(std::size_t times = 1);
+    void waitForPageOrPanel();
     void waitForRequest(const std::string& path, std::size_t times = 1);
     // The value of a script in the page, as text.
     std::string evaluated(const std::string& script);

@@ -121,7 +121,9 @@ std::vector<Row> processRows() {
              const auto processes = engineProcesses(EngineProcess::web);
              checkout.open();
              HostileCheckout::kill(processes);
-             checkout.waitForPanel();
+             // The load is lost with it, or has not begun and takes another.
+             checkout.waitForPageOrPanel();
+             if (!checkout.isPanelShown()) killWeb(checkout);
          },
          Leaves::panel, Row::Opens::inStory},
         {"WebProcessEndsBeforeTheAnswer", "",
