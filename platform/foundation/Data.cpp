@@ -94,6 +94,10 @@ std::optional<std::string> base64Decode(std::string_view text) {
 
 bool isValidUtf8(std::string_view bytes) {
     for (std::size_t index = 0; index < bytes.size();) {
+        if (static_cast<unsigned char>(bytes[index]) < 0x80) {
+            ++index;
+            continue;
+        }
         const std::size_t length = sequenceLength(bytes, index);
         if (length == 0) return false;
         index += length;

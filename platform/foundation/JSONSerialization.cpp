@@ -219,13 +219,17 @@ class Writer {
     bool writeString(std::string_view string) {
         if (!isValidUtf8(string)) return refuse("a string is not UTF-8");
         constexpr std::string_view digits = "0123456789abcdef";
+        text_.reserve(text_.size() + string.size() + 2);
         text_.push_back('"');
-        for (const char character : string) {
+        std::size_t plain = 0;  // where the characters begin that stand as they are
+        for (std::size_t index = 0; index < string.size(); ++index) {
+            const char character = string[index];
             const auto byte = static_cast<unsigned char>(character);
-            if (character == '"' || character == '\\') {
+            if (byte >= 0x20 && character != '"' && character != '\\') continue;
+            text_ += string.substr(plain, index - plain);
+            plain = index + 1;
+            if (byte >= 0x20) {
                 text_.push_back('\\');
-                text_.push_back(character);
-            } else if (byte >= 0x20) {
                 text_.push_back(character);
             } else if (character == '\n') {
                 text_ += "\\n";
@@ -239,6 +243,7 @@ class Writer {
                 text_.push_back(digits[byte & 0xF]);
             }
         }
+        text_ += string.substr(plain);
         text_.push_back('"');
         return true;
     }

@@ -21,6 +21,7 @@ using desktop::textOfJsonString, desktop::webPageError, desktop::WebPageErrorCod
 namespace {
 
 constexpr char panelKinds[] = "acp";
+constexpr int longestPanelText = 100'000;  // in UTF-16 units
 const char failureMark[] = "zorvik failure";
 
 QString literal(const std::string& text) {
@@ -140,6 +141,8 @@ std::optional<Said> parse(const QString& text) {
     if (text.front() == u'c')
         return Said{Said::Kind::documentCreated, rest.toUtf8().toStdString(), 0, {}};
     if (text.front() == u'l') return Said{Said::Kind::documentLoaded, {}, 0, {}};
+    if (text.front() == u'w')
+        return Said{Said::Kind::windowWanted, rest.toUtf8().toStdString(), 0, {}};
     const auto space = rest.indexOf(u' ');
     if (text.front() != u'm' || space < 0) return std::nullopt;
     const auto body = described(rest.mid(space + 1));
@@ -147,13 +150,15 @@ std::optional<Said> parse(const QString& text) {
     return Said{Said::Kind::message, {}, rest.left(space).toInt(), *body};
 }
 
-QString refusalScript(const QString& token) {
+QString refusalScript(const QString& token, bool canOpenWindows) {
     return QStringLiteral(R"((() => {
-    const Request = XMLHttpRequest, {stringify, parse} = JSON, open = window.open;
+    const Request = XMLHttpRequest, {stringify, parse} = JSON, open = window.open, Url = URL;
+    const say = console.debug.bind(console), canOpen = () => %3 || navigator.userActivation.isActive;
+    // The engine takes no longer addresses.
     const ask = (kind, values) => {
         try {
             const request = new Request();
-            const question = stringify([kind, ...values.map(String)]);
+            const question = stringify([kind, ...values.map(value => String(value).slice(0, %4))]);
             request.open('GET', '%1://%2/panel?' + encodeURIComponent(question), false);
             request.send();
             return parse(request.responseText);
@@ -164,10 +169,20 @@ QString refusalScript(const QString& token) {
     window.prompt = function prompt(...values) { return ask('p', values.slice(0, 2)); };
     // Nothing can be dropped here, and Qt would stop the main queue for as long as one drags.
     addEventListener('dragstart', event => event.preventDefault(), true);
-    // Nothing opens, which the engine does not tell.
-    window.open = function (...values) { open.apply(window, values); return null; };
+    // Nothing opens, which the engine does not tell; and what it makes before it asks is dear.
+    window.open = function (...values) {
+        const [address = '', target = '_blank'] = values;
+        if (target !== '_blank') {
+            open.apply(window, values);
+        } else if (canOpen()) {
+            say('%2w' + new Url(address || 'about:blank', document.baseURI).href);
+        }
+        return null;
+    };
 })())")
-        .arg(QLatin1String(PageScheme::name), token);
+        .arg(QLatin1String(PageScheme::name), token,
+             canOpenWindows ? QStringLiteral("true") : QStringLiteral("false"))
+        .arg(longestPanelText);
 }
 
 std::optional<ScriptPanel> parsePanel(const QString& query) {
@@ -198,8 +213,9 @@ QString evaluatorScript() {
 }
 
 QString evaluation(const std::string& script) {
-    return QStringLiteral("(window.%1 || %2)(%3)")
-        .arg(QLatin1String(evaluatorName), evaluator(), literal(script));
+    static const QString call =
+        QStringLiteral("(window.%1 || %2)(").arg(QLatin1String(evaluatorName), evaluator());
+    return call + literal(script) + u')';
 }
 
 std::optional<Result<ScriptValue>> valueOf(const QVariant& answer) {

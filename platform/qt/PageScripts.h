@@ -16,9 +16,9 @@ namespace zorvik::platform::qt::pageScripts {
 
 // What a script said, its token taken off.
 struct Said {
-    enum class Kind { documentCreated, documentLoaded, message };
+    enum class Kind { documentCreated, documentLoaded, windowWanted, message };
     Kind kind = Kind::message;
-    std::string address;  // of a document
+    std::string address;  // of a document or window
     int handler = 0;
     ScriptValue body;
 };
@@ -30,8 +30,9 @@ QString documentScript(const QString& token);
 QString handlerScript(const QString& token, const std::map<int, std::string>& handlers);
 QString removalScript(const std::string& handler);
 // For the page's world, at the start of each document: panels wait for their answer at an address
-// of PageScheme's, window.open gives null, nothing can be dragged.
-QString refusalScript(const QString& token);
+// of PageScheme's, window.open gives null and tells of the window, nothing can be dragged. Without
+// `canOpenWindows` windows are for what the customer did.
+QString refusalScript(const QString& token, bool canOpenWindows);
 // The panel that a page asks for at such an address.
 std::optional<ScriptPanel> parsePanel(const QString& query);
 QByteArray panelReply(ScriptPanel::Kind kind, const ScriptPanelAnswer& answer);

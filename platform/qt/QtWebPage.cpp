@@ -68,7 +68,10 @@ QtWebPage::QtWebPage(std::unique_ptr<EnginePage> page, const WebPageConfiguratio
     insertScript("document", pageScripts::documentScript(page_->token()),
                  QWebEngineScript::ApplicationWorld, false);
     insertScript("evaluator", pageScripts::evaluatorScript(), world_, false);
-    insertScript("refusals", pageScripts::refusalScript(page_->token()), world_, true);
+    insertScript("refusals",
+                 pageScripts::refusalScript(page_->token(),
+                                            configuration.javaScriptCanOpenWindowsAutomatically),
+                 world_, true);
 }
 
 QtWebPage::~QtWebPage() {

@@ -145,6 +145,8 @@ void QtWebPage::pageSaid(const QString& text) {
         report(navigation_.documentCreated(said->address));
     } else if (said->kind == Kind::documentLoaded) {
         report(navigation_.documentLoaded());
+    } else if (said->kind == Kind::windowWanted) {
+        pageAsksForWindow(QUrl::fromEncoded(QByteArray::fromStdString(said->address)));
     } else if (const auto handler = handlers_.find(said->handler); handler != handlers_.end()) {
         const std::string name = handler->second;  // the report may remove the handler
         if (const auto delegate = delegate_.lock()) delegate->pagePosted(name, said->body);

@@ -7,7 +7,7 @@ constexpr auto allowed = "[URL INTERCEPT] 📋 URL type: String";
 
 // Each navigation of these pages costs the engine a process.
 void stormOfProcesses(HostileCheckout& checkout) {
-    checkout.waitForLine(allowed, 200);
+    checkout.waitForLine(allowed, 150);
     EXPECT_LT(engineProcesses(EngineProcess::web).size(), 40u);
 }
 
@@ -36,7 +36,9 @@ std::vector<Row> navigationRows() {
          }},
         {"HashFlood", "<script>for (let i = 0; i < 3000; ++i) location.hash = 'part' + i;</script>",
          [](HostileCheckout& checkout) {
-             checkout.waitForValue("location.hash", "#part2999");
+             // An engine may have enough of them.
+             checkout.waitForValue("location.hash.startsWith('#part')", "true");
+             checkout.waitForPage();
              EXPECT_FALSE(checkout.isPanelShown());
          }},
         {"WindowFlood", R"(<body><script>let opened = 0;
@@ -82,7 +84,7 @@ std::vector<Row> navigationRows() {
         {"UnknownSchemes", R"(<body><script>let n = 0;
              const timer = setInterval(() => {
                  location.href = 'nobody-opens:' + ++n;
-                 if (n === 250) clearInterval(timer);
+                 if (n === 150) clearInterval(timer);
              }, 5);</script>)",
          [](HostileCheckout& checkout) {
              stormOfProcesses(checkout);

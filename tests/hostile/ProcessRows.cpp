@@ -2,6 +2,7 @@
 
 #include <fstream>
 
+#include ZORVIK_PORT_HEADER
 #include "tests/hostile/HostileCheckout.h"
 
 namespace zorvik::tests {
@@ -63,7 +64,7 @@ std::vector<Row> processRows() {
     const std::string eats =
         "<script>const all = []; " + shown +
         "for (;;) all.push(new Uint8Array(1 << 22).fill(1)); }, 100);</script>";
-    return {
+    std::vector<Row> rows{
         {"HangsInItsLoad", "<script>" + endless + "</script>",
          [](HostileCheckout& checkout) { checkout.settle(0.3); }, Leaves::nothing},
         {"HangsInItsLoadForAMinute", "<script>" + endless + "</script>",
@@ -169,32 +170,38 @@ std::vector<Row> processRows() {
              checkout.waitForLine("[UPI BACK] ✅ Transaction enquiry successful");
          }),
          Leaves::panel},
-        {"NetworkProcessEndsBeforeTheAnswer", "",
-         [](HostileCheckout& checkout) {
-             checkout.open("/never");
-             checkout.waitForRequest("/never");
-             checkout.kill(EngineProcess::network);
-             checkout.waitForPanel();
-         },
-         Leaves::panel, Row::Opens::inStory},
-        {"NetworkProcessEndsHalfWay", "<p>half<img src=/never>",
-         [](HostileCheckout& checkout) {
-             checkout.waitForRequest("/never");
-             killNetwork(checkout);
-         }},
-        {"NetworkProcessEndsUnderAnIdlePage", plain,
-         [](HostileCheckout& checkout) {
-             checkout.waitForPage();
-             killNetwork(checkout);
-         }},
-        {"NetworkProcessEndsWhileAnAppIsOpen", plain, handedOff([](HostileCheckout& checkout) {
-             killNetwork(checkout);
-             checkout.becomeActive();
-             checkout.waitForValue(
-                 "heard",
-                 R"({"transaction_enquiry_api_response":"PENDING","upi_intent_back_response":"close"})");
-         })},
     };
+    if (!hasNetworkProcess) return rows;
+    rows.insert(
+        rows.end(),
+        {
+            {"NetworkProcessEndsBeforeTheAnswer", "",
+             [](HostileCheckout& checkout) {
+                 checkout.open("/never");
+                 checkout.waitForRequest("/never");
+                 checkout.kill(EngineProcess::network);
+                 checkout.waitForPanel();
+             },
+             Leaves::panel, Row::Opens::inStory},
+            {"NetworkProcessEndsHalfWay", "<p>half<img src=/never>",
+             [](HostileCheckout& checkout) {
+                 checkout.waitForRequest("/never");
+                 killNetwork(checkout);
+             }},
+            {"NetworkProcessEndsUnderAnIdlePage", plain,
+             [](HostileCheckout& checkout) {
+                 checkout.waitForPage();
+                 killNetwork(checkout);
+             }},
+            {"NetworkProcessEndsWhileAnAppIsOpen", plain, handedOff([](HostileCheckout& checkout) {
+                 killNetwork(checkout);
+                 checkout.becomeActive();
+                 checkout.waitForValue(
+                     "heard",
+                     R"({"transaction_enquiry_api_response":"PENDING","upi_intent_back_response":"close"})");
+             })},
+        });
+    return rows;
 }
 
 }  // namespace zorvik::tests

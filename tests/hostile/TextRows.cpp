@@ -82,7 +82,8 @@ std::vector<Row> textRows() {
          [](HostileCheckout& checkout) {
              std::vector<UPIAppsVO> apps;
              for (int i = 0; i < 1000; ++i)
-                 apps.push_back({"C", std::string(1000, '\''), "app" + std::to_string(i), ""});
+                 apps.push_back(
+                     {"C", std::string(1000, i % 2 ? '\'' : 'x'), "app" + std::to_string(i), ""});
              checkout.core.appsAnswer = apps;
              checkout.open();
              checkout.waitForValue("list.length", std::to_string(list(apps).size()));

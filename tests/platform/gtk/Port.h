@@ -22,6 +22,8 @@ using Window = GtkWindow;
 constexpr bool mendsBrokenEscapes = false;
 // A page's web process runs the next page too.
 constexpr bool handsProcessesOn = true;
+constexpr bool hasNetworkProcess = true;
+constexpr int longestPanelText = 1 << 30;
 inline bool hasWrittenCookies(const std::string&) {
     return true;
 }

@@ -18,6 +18,8 @@ using Window = QWidget;
 // The engine writes %zz in an address as %25zz.
 constexpr bool mendsBrokenEscapes = true;
 constexpr bool handsProcessesOn = false;
+constexpr bool hasNetworkProcess = false;
+constexpr int longestPanelText = 100'000;
 // Whether the engine has let go of the cookies in this folder, which it does some time after its
 // platform has ended.
 inline bool hasWrittenCookies(const std::string& folder) {
