@@ -10,7 +10,7 @@
 #include "platform/foundation/JSONSerialization.h"
 #include "platform/foundation/ProgrammingError.h"
 #include "platform/foundation/URLComponents.h"
-#include "platform/uikit/UIButton.h"
+#include "testkit/story/VisibleButton.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
 
 namespace zorvik::testkit {
@@ -19,8 +19,6 @@ using platform::Dictionary;
 using platform::Error;
 using platform::JSONSerialization;
 using platform::ScriptValue;
-using platform::UIButton;
-using platform::UIView;
 using platform::headless::HeadlessStage;
 using platform::headless::ScriptedLoad;
 using platform::headless::ScriptedPage;
@@ -92,15 +90,6 @@ std::string evaluatedLiteral(std::string_view source) {
         text += character;
     }
     return text;
-}
-
-std::shared_ptr<UIButton> visibleButton(const UIView& root) {
-    for (const auto& view : root.subviews()) {
-        if (view->isHidden()) continue;
-        if (auto button = std::dynamic_pointer_cast<UIButton>(view)) return button;
-        if (auto button = visibleButton(*view)) return button;
-    }
-    return nullptr;
 }
 
 }  // namespace

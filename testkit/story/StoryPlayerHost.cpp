@@ -3,26 +3,15 @@
 #include <algorithm>
 
 #include "platform/foundation/Data.h"
-#include "platform/uikit/UIButton.h"
+#include "testkit/story/VisibleButton.h"
 
 namespace zorvik::testkit {
 
-using platform::UIButton;
-using platform::UIView;
 using platform::UIViewController;
 
 namespace {
 
 constexpr auto backLine = "[BACK HANDLER] 📱 Handling device back pressed";
-
-std::shared_ptr<UIButton> visibleButton(const UIView& root) {
-    for (const auto& view : root.subviews()) {
-        if (view->isHidden()) continue;
-        if (auto button = std::dynamic_pointer_cast<UIButton>(view)) return button;
-        if (auto button = visibleButton(*view)) return button;
-    }
-    return nullptr;
-}
 
 }  // namespace
 
