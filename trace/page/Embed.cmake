@@ -1,7 +1,11 @@
 # Writes OUTPUT: the page's files in PAGE as strings of the library. Run by the build.
 file(READ "${PAGE}/trace.html" html)
 file(READ "${PAGE}/trace.css" style)
-file(READ "${PAGE}/trace.js" script)
+set(script "")
+foreach(name IN ITEMS model parts arrows trace)
+  file(READ "${PAGE}/${name}.js" part)
+  string(APPEND script "${part}")
+endforeach()
 file(WRITE "${OUTPUT}" "#include \"trace/writer/Page.h\"
 
 namespace zorvik::trace {

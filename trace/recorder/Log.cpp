@@ -33,10 +33,11 @@ std::size_t sizeOfEntry(const Entry& entry) {
 
 const char* nameOf(EntryKind kind) {
     constexpr const char* names[] = {
-        "note",   "call",   "answer", "event",    "console",  "picture", "turn",      "timer",
-        "task",   "load",   "stop",   "question", "decision", "started", "committed", "finished",
-        "failed", "script", "answer", "message",  "post",     "panel",   "canOpen",   "open",
-        "opened", "active", "write",  "remove",   "show",     "shown",   "hide",      "hidden"};
+        "note",      "call",     "answer", "event",  "console",      "picture",  "turn",
+        "timer",     "task",     "load",   "stop",   "question",     "decision", "started",
+        "committed", "finished", "failed", "script", "scriptAnswer", "message",  "post",
+        "panel",     "canOpen",  "open",   "opened", "active",       "write",    "remove",
+        "show",      "shown",    "hide",   "hidden"};
     static_assert(std::size(names) == static_cast<std::size_t>(EntryKind::hidden) + 1);
     return names[static_cast<std::size_t>(kind)];
 }
