@@ -60,7 +60,7 @@ function gapRow(seconds) {
 // Which rows are there at all, and the columns of the lanes that are shown.
 function arrangeLanes() {
   const shown = lanes.filter((lane) => !hiddenLanes.has(lane));
-  const widths = { mainQueue: "7.5rem", screen: "1.2fr", page: "1.2fr", coreServices: "1.3fr", upiApp: "1.25fr" };
+  const widths = { mainQueue: "7.5rem", screen: "1.2fr", page: "1.2fr", coreServices: "1.3fr", upiApp: "1.7fr" };
   const columns = ["5rem", ...shown.map((lane) => `[${lane}] ${lane === "mainQueue" ? widths.mainQueue : `minmax(0, ${widths[lane] ?? "1fr"})`}`)];
   const story = document.getElementById("story");
   story.style.setProperty("--columns", columns.join(" "));

@@ -61,7 +61,7 @@ bool TracedApplication::canOpen(const platform::URL& url) {
     const bool can = port_.canOpen(url);
     log_->add({Lane::upiApp,
                EntryKind::canOpen,
-               (can ? "is installed: " : "is not installed: ") + url.scheme().value_or(""),
+               (can ? "installed: " : "not installed: ") + url.scheme().value_or(""),
                {{"url", url.absoluteString()}, {"canOpen", can}}});
     return can;
 }
@@ -69,7 +69,7 @@ bool TracedApplication::canOpen(const platform::URL& url) {
 void TracedApplication::open(const platform::URL& url, std::function<void(bool)> completion) {
     const EntryId opening = log_->add({Lane::upiApp,
                                        EntryKind::open,
-                                       "is opened: " + url.scheme().value_or(""),
+                                       "opens: " + url.scheme().value_or(""),
                                        {{"url", url.absoluteString()}}});
     lastOpening_ = opening;
     const Cause inside(*log_, opening);
@@ -90,9 +90,8 @@ void TracedApplication::setDelegate(platform::ApplicationDelegate* delegate) {
 }
 
 void TracedApplication::applicationDidBecomeActive() {
-    const EntryId back =
-        log_->add({Lane::upiApp, EntryKind::active, "the customer is back in this application"},
-                  std::exchange(lastOpening_, 0));
+    const EntryId back = log_->add({Lane::upiApp, EntryKind::active, "the customer is back"},
+                                   std::exchange(lastOpening_, 0));
     const Cause inside(*log_, back);
     if (delegate_ != nullptr) delegate_->applicationDidBecomeActive();
 }
