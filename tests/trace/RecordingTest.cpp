@@ -33,8 +33,10 @@ using testkit::CheckoutTestKit;
 using testkit::UPIApp;
 using testkit::UPIStatus;
 
-std::string path(const std::string& name) {
-    return testing::TempDir() + name;
+// Tests run side by side.
+std::string pageFile() {
+    return testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name() +
+           ".html";
 }
 
 std::string contentOf(const std::string& file) {
@@ -47,7 +49,7 @@ std::string contentOf(const std::string& file) {
 class Page {
   public:
     explicit Page(const Recording& recording) {
-        const std::string file = path("trace.html");
+        const std::string file = pageFile();
         EXPECT_TRUE(recording.writeHtml(file)) << file;
         text = contentOf(file);
         const std::string begin = "id=\"recording\">";
@@ -317,7 +319,7 @@ TEST(RecordingTest, OtherThreadsMayReportWhenItEnds) {
 }
 
 TEST(OnFailureTest, WritesThePageOnlyWhenTheTestFailed) {
-    const std::string file = path("on_failure.html");
+    const std::string file = pageFile();
     for (const bool fails : {false, true}) {
         std::filesystem::remove(file);
         CheckoutTestKit kit;
