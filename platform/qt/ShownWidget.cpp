@@ -224,9 +224,7 @@ void ShownWidget::setOpacity(double opacity) {
 
 void ShownWidget::takeFocus() {
     QWidget* const widget = kind_ == ViewKind::web ? page_.data() : &block_->widget();
-    if (widget == nullptr) return;
-    widget->setFocus(Qt::OtherFocusReason);
-    if (parent_ != nullptr && parent_->scroller_) parent_->scroller_->ensureWidgetVisible(widget);
+    if (widget != nullptr) widget->setFocus(Qt::OtherFocusReason);
 }
 
 void ShownWidget::show() {
