@@ -23,9 +23,10 @@ class ShownWidget : public desktop::ShownView {
     ~ShownWidget() override;
 
     void put(desktop::ShownView& subview, desktop::ShownView* previous) override;
-    void follow(UIView& view, bool hasNewText) override;
-    void place(const UIView& view) override;
+    void follow(UIView& view, const desktop::Circumstances& circumstances) override;
+    void place(const desktop::Placement& placement) override;
     void setOpacity(double opacity) override;
+    void takeFocus() override;
 
   private:
     void moveOnTopIn(QWidget& parent);
@@ -49,7 +50,7 @@ class ShownWidget : public desktop::ShownView {
     double cornerRadius_ = 0;
     double opacity_ = 1;
     bool isVisible_ = true;
-    bool isTouchable_ = true;
+    bool isReached_ = false;
 };
 
 }  // namespace zorvik::platform::qt
