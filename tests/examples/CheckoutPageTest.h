@@ -95,8 +95,8 @@ class CheckoutPageTest : public DesktopPortTest {
     }
 
     demo::Backend backend{ZORVIK_SOURCE_FOLDER "/examples/checkout_page", 0};
-    const std::unique_ptr<demo::HttpServer> server = demo::HttpServer::listen(
-        0, [this](const demo::HttpRequest& request) {
+    const std::unique_ptr<demo::HttpServer> server =
+        demo::HttpServer::listen(0, [this](const demo::HttpRequest& request) {
             demo::HttpResponse response = backend.handle(request);
             if (request.path == "/api/checkout") response.delayMilliseconds = orderLatency;
             return response;
