@@ -20,6 +20,8 @@ struct BasketItem {
 
 const std::vector<BasketItem>& basket();
 std::string basketTotal();
+// The title of the basket's button.
+std::string payTitle();
 
 // What a customer reads when a checkout has ended.
 struct Outcome {
@@ -33,6 +35,9 @@ struct Outcome {
 
 // What became of the payment that the checkout told of with this dictionary.
 Outcome outcomeOf(const platform::Dictionary& data);
+// The outcome in a few words: "SUCCESS", "FAILURE (Declined in Nilgiri Pay)", personal data
+// shortened.
+std::string inShort(const platform::Dictionary& data);
 // The dictionary as the shop shows it to a developer, long values shortened.
 std::vector<std::pair<std::string, std::string>> rowsOf(const platform::Dictionary& data);
 

@@ -7,13 +7,13 @@
 #include <string>
 #include <string_view>
 
+#include "examples/merchant/Demonstration.h"
 #include "examples/merchant/Journal.h"
-#include "examples/merchant/Merchant.h"
 #include "examples/merchant/Scenario.h"
 
 namespace {
 
-using zorvik::demo::MerchantOptions;
+using zorvik::demo::DemonstrationOptions;
 
 constexpr const char* usage =
     "usage: zorvik-demo-merchant --backend URL [--customer auto|person] [--scenario NAME]\n"
@@ -28,8 +28,8 @@ void listScenarios() {
 }
 
 // nullopt, with a line on standard error, for arguments that make no sense.
-std::optional<MerchantOptions> optionsFrom(int count, char** arguments) {
-    MerchantOptions options;
+std::optional<DemonstrationOptions> optionsFrom(int count, char** arguments) {
+    DemonstrationOptions options;
     options.scenario = &zorvik::demo::scenarios().front();
     for (int i = 1; i < count; ++i) {
         const std::string_view option = arguments[i];
@@ -85,6 +85,6 @@ int main(int count, char** arguments) {
         std::cerr << "There is no display to open a window on\n";
         return 1;
     }
-    const auto merchant = zorvik::demo::Merchant::open(*desktop, *options);
-    return merchant->run() ? EXIT_SUCCESS : EXIT_FAILURE;
+    zorvik::demo::Demonstration demonstration(*desktop, *options);
+    return demonstration.run() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -7,6 +7,7 @@
 #include "examples/common/GtkPieces.h"
 #include "examples/common/HttpClient.h"
 #include "examples/common/Money.h"
+#include "examples/common/Words.h"
 
 namespace zorvik::demo {
 
@@ -26,6 +27,13 @@ constexpr Answer answers[] = {
     {"quiet", "SUCCESS", "", true, "Paid"},
     {"silent", "PENDING", "", false, "The bank is still working on it"},
 };
+
+std::string storyOf(const Answer& answer) {
+    if (answer.status == "FAILED")
+        return answer.name == "cancel" ? "customer cancels" : "customer declines";
+    return answer.status == "PENDING" ? "customer pays, which the bank has not confirmed yet,"
+                                      : "customer pays";
+}
 
 constexpr const char* ownRules =
     ".outcome { font-weight: 700; font-size: 22px; padding-top: 24px; }";
@@ -91,6 +99,7 @@ void UPIWindow::build() {
     gtk_box_append(GTK_BOX(all), column);
     gtk_window_set_child(GTK_WINDOW(window_), all);
     gtk_window_present(GTK_WINDOW(window_));
+    say("step " + app_.name + " opens");
 }
 
 GtkWidget* UPIWindow::details() {
@@ -131,7 +140,10 @@ GtkWidget* UPIWindow::answerButton(const std::string& text, const char* style,
 
 void UPIWindow::answer(const Answer& answer) {
     if (!window_) return;
-    if (answer.status.empty() || !request_) return closeAfter(0);
+    if (answer.status.empty() || !request_) {
+        say("step customer leaves " + app_.name + " without paying");
+        return closeAfter(0);
+    }
     gtk_widget_set_sensitive(actions_, FALSE);
     Dictionary report{{"status", answer.status},
                       {"message", answer.words},
@@ -153,11 +165,13 @@ void UPIWindow::answer(const Answer& answer) {
 void UPIWindow::finish(const Report& report) {
     if (!window_) return;
     if (report.problem) {
+        say("step customer cannot pay in " + app_.name + ": " + *report.problem);
         showOutcome("Not paid", *report.problem, false);
         gtk_widget_set_sensitive(actions_, TRUE);
         return closeAfter(2500);
     }
     const bool isPaid = report.answer.status == "SUCCESS";
+    say("step " + storyOf(report.answer) + " in " + app_.name);
     showOutcome(isPaid ? "Payment sent" : std::string(report.answer.words),
                 "Going back to the shop…", report.answer.status != "FAILED");
     closeAfter(700);
@@ -186,8 +200,10 @@ void UPIWindow::answerAfter(double seconds, const Answer& answer, const std::str
     if (!pngFolder.empty()) {
         onMain(
             [self = self_, path = pngFolder + "/upi-app.png"] {
-                if (*self && !(*self)->savePng(path))
-                    g_printerr("%s was not written\n", path.c_str());
+                if (!*self) return;
+                if (!(*self)->savePng(path))
+                    return g_printerr("%s was not written\n", path.c_str());
+                say("png " + path);
             },
             static_cast<unsigned>(drawn * 1000));
     }

@@ -113,7 +113,8 @@ class GtkDesktop : public Desktop {
     bool hasButton(const std::string& title) const override { return buttonTitled(title); }
     bool press(const std::string& title) override {
         GtkWidget* button = buttonTitled(title);
-        return button && gtk_widget_activate(button);
+        if (button) g_signal_emit_by_name(button, "clicked");
+        return button;
     }
 
   private:
@@ -243,7 +244,7 @@ void GtkDesktop::showBasket(const std::string& problem) {
     gtk_box_append(GTK_BOX(column_),
                    leftLabel("Delivered within four days. Free returns.", {"quiet", "small"}));
     if (!problem.empty()) gtk_box_append(GTK_BOX(column_), leftLabel(problem, {"bad"}));
-    addAction("Pay " + moneyText(basketTotal(), "INR"), events_.pay);
+    addAction(payTitle(), events_.pay);
 }
 
 void GtkDesktop::showBusy() {

@@ -271,7 +271,7 @@ void QtDesktop::showBasket(const std::string& problem) {
     column->addWidget(list);
     column->addWidget(label("Delivered within four days. Free returns.", "small"));
     if (!problem.empty()) column->addWidget(label(problem, "bad"));
-    addAction(column, std::string("Pay ").append(moneyText(basketTotal(), "INR")), events_.pay);
+    addAction(column, payTitle(), events_.pay);
 }
 
 void QtDesktop::showBusy() {
