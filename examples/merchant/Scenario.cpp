@@ -11,7 +11,7 @@ namespace {
 using enum Step::Action;
 using Steps = std::vector<Step>;
 
-constexpr double quickly = 1.5;
+constexpr double quickly = 0.8;
 constexpr double slowly = 6;  // beyond the five seconds that tell a quick return
 
 std::string appButton(const char* packageName) {
@@ -126,7 +126,7 @@ const std::vector<Scenario>& scenarios() {
          slowly, "SUCCESS", pickTamarind},
         {"upi-pending", "the app says success, the enquiry says PENDING", "pending", quickly,
          "UNKNOWN (PENDING)", pickNilgiri},
-        {"upi-twice", "a second app is asked while the first is still open", "pay", 3, "SUCCESS",
+        {"upi-twice", "a second app is asked while the first is still open", "pay", 2, "SUCCESS",
          pickTamarind +
              Steps{
                  {seeApp}, tap("#choose-other", "chooses another way"), {see, isShown("methods")}} +
