@@ -11,6 +11,7 @@ namespace zorvik::demo {
 // What the shop shows, whichever toolkit draws it.
 
 inline constexpr const char* shopName = "Teal Heron";
+inline constexpr const char* detailsTitle = "Developer details";
 
 struct BasketItem {
     std::string name;
