@@ -3,7 +3,7 @@
 include(CMakePackageConfigHelpers)
 
 foreach(folder platform/foundation platform/runtime platform/services platform/uikit platform/webkit
-    platform/headless core core/development zorvik_mobile_kit_ios_webview_sdk testkit)
+    platform/headless core core/development zorvik_mobile_kit_ios_webview_sdk testkit trace)
   file(GLOB headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.h")
   # These are the platform's own.
   list(FILTER headers EXCLUDE REGEX "/(URIReference|Animation|LinearSystem)\\.h$")
@@ -13,7 +13,7 @@ endforeach()
 install(FILES "${PROJECT_SOURCE_DIR}/c/zorvik_checkout.h"
   DESTINATION "${ZORVIK_INCLUDE_FOLDER}/c" COMPONENT development)
 
-set(components checkout core_development headless_port testkit)
+set(components checkout core_development headless_port testkit trace)
 if(ZORVIK_HAS_GTK_PORT)
   install(FILES "${PROJECT_SOURCE_DIR}/platform/gtk/GtkPlatform.h"
     DESTINATION "${ZORVIK_INCLUDE_FOLDER}/platform/gtk" COMPONENT development)
@@ -89,8 +89,10 @@ zorvik_pkg_config(zorvik_core_development "Core services for development and tes
   "zorvik_platform" "-lzorvik_core_development")
 zorvik_pkg_config(zorvik_headless_port "The port with a virtual clock and a scripted page"
   "zorvik_platform" "-lzorvik_headless_port")
+zorvik_pkg_config(zorvik_trace "Records a checkout and writes it as a page" "zorvik_platform"
+  "-lzorvik_trace")
 zorvik_pkg_config(zorvik_testkit "A checkout page, a customer and core services for tests of hosts"
-  "zorvik_checkout zorvik_headless_port" "-lzorvik_testkit")
+  "zorvik_checkout zorvik_headless_port zorvik_trace" "-lzorvik_testkit")
 if(ZORVIK_HAS_GTK_PORT)
   zorvik_pkg_config(zorvik_gtk_port "The port on GTK 4 and WebKitGTK 6.0"
     "zorvik_platform gtk4 webkitgtk-6.0" "-lzorvik_gtk_port")
@@ -145,7 +147,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "libwebkitgtk-6.0-dev, qt6-webengine-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/platform"
-  "${PROJECT_BINARY_DIR}/platform/headless" "${PROJECT_BINARY_DIR}/core"
+  "${PROJECT_BINARY_DIR}/platform/headless" "${PROJECT_BINARY_DIR}/core" "${PROJECT_BINARY_DIR}/trace"
   "${PROJECT_BINARY_DIR}/zorvik_mobile_kit_ios_webview_sdk")
 if(ZORVIK_PACKAGED_WITH)
   # A second build tree whose libraries of the other kind go into the same packages.

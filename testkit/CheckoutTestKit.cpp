@@ -11,6 +11,7 @@
 #include "platform/foundation/ProgrammingError.h"
 #include "platform/foundation/URLComponents.h"
 #include "platform/uikit/UIButton.h"
+#include "trace/Recording.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutWebView.h"
 
 namespace zorvik::testkit {
@@ -188,7 +189,10 @@ void CheckoutTestKit::openCheckout() {
 }
 
 void CheckoutTestKit::openCheckout(const ZorvikCheckoutOptions& options) {
-    sdk().checkout(presenter_, options);
+    {
+        const trace::Step step(trace::Lane::facade, "checkout");
+        sdk().checkout(presenter_, options);
+    }
     settle();
 }
 
@@ -222,7 +226,10 @@ void CheckoutTestKit::customerComesBackAfter(double seconds) {
 
 void CheckoutTestKit::customerPressesBack() {
     requireScreen("customerPressesBack");
-    sdk().handleDeviceBackButtonPress();
+    {
+        const trace::Step step(trace::Lane::facade, "handleDeviceBackButtonPress");
+        sdk().handleDeviceBackButtonPress();
+    }
     settle();
 }
 
@@ -230,12 +237,16 @@ void CheckoutTestKit::customerPressesRetry() {
     requireScreen("customerPressesRetry");
     require(isRetryShown(), "customerPressesRetry",
             "no Retry is shown; call pageCannotBeReached() before openCheckout()");
-    visibleButton(*screen()->view())->sendTouchUpInside();
+    {
+        const trace::Step step(trace::Lane::screen, "the customer presses Retry");
+        visibleButton(*screen()->view())->sendTouchUpInside();
+    }
     settle();
 }
 
 void CheckoutTestKit::windowCloses() {
     requireScreen("windowCloses");
+    const trace::Step step(trace::Lane::host, "the window closes");
     presenter_->dismiss(false);
     presenter_->setShownByStage(false);
     openWindow();

@@ -4,6 +4,7 @@
 
 #include "platform/foundation/Export.h"
 #include "platform/foundation/Value.h"
+#include "trace/Recording.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutDelegates.h"
 
 namespace zorvik::testkit {
@@ -15,6 +16,7 @@ class ZORVIK_API RecordingDelegate : public ZorvikCheckoutSDKDelegate {
     void clear() { responses_.clear(); }
 
     void onCheckoutResponse(const platform::Dictionary& data) override {
+        const trace::Step step(trace::Lane::host, "onCheckoutResponse", data);
         responses_.push_back(data);
     }
 

@@ -1,5 +1,6 @@
 #include "testkit/ScriptedCoreServices.h"
 
+#include <type_traits>
 #include <utility>
 
 #include "core/APIUtils.h"
@@ -7,6 +8,7 @@
 #include "core/EventLogging.h"
 #include "core/ZorvikUPIAppDetector.h"
 #include "platform/runtime/Environment.h"
+#include "trace/Recording.h"
 
 namespace zorvik {
 
@@ -77,6 +79,18 @@ namespace {
 
 Value valueOf(const std::optional<Dictionary>& dictionary) {
     return dictionary ? Value(*dictionary) : Value();
+}
+
+// What a recording tells of an answer.
+template <class T>
+Dictionary described(const Result<T>& result) {
+    if (!result) return {{"error", result.error().localizedDescription}};
+    if constexpr (std::is_same_v<T, TransactionEnquiryResponse>) {
+        const auto& order = result.value().order;
+        return {{"order status", order ? order->status.value_or("") : ""},
+                {"response", result.value().toDictionary()}};
+    }
+    return {};
 }
 
 }  // namespace
@@ -206,6 +220,7 @@ void ScriptedCoreServices::getUPIAppsList(
 }
 
 void ScriptedCoreServices::record(Event event) {
+    trace::Step::event(event.name, event.additionalData);
     if (onEvent_) onEvent_(event);
     const std::scoped_lock lock(mutex_);
     events_.push_back(std::move(event));
@@ -220,8 +235,11 @@ void ScriptedCoreServices::take(CoreCall call,
         call.number = calls_.size() + 1;
         calls_.push_back(call);
     }
+    const trace::Step asked(trace::Lane::coreServices, call.operation.c_str(), call.arguments);
     if (onCall_) onCall_(call);
     const auto give = [this, call, completion](const Result<T>& result) {
+        const trace::Step answered(trace::Lane::coreServices, call.operation.c_str(),
+                                   described(result), trace::Step::Kind::answer);
         if (onAnswer_) onAnswer_(call);
         if (completion) completion(result);
     };

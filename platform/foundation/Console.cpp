@@ -75,13 +75,15 @@ void printLine(std::string_view line) {
     std::fflush(stdout);
 }
 
-void setConsoleSink(std::function<void(std::string_view line)> sink) {
+std::function<void(std::string_view line)> setConsoleSink(
+    std::function<void(std::string_view line)> sink) {
     auto exchanged = sink ? std::make_shared<Sink>(Sink{std::move(sink)}) : nullptr;
     // The former sink is destroyed after the lock is gone: what it captured may print.
     std::unique_lock lock(console().mutex);
     exchanged.swap(console().sink);
-    if (!exchanged || isInsideSink) return;
-    console().callEnded.wait(lock, [&] { return exchanged->calls == 0; });
+    if (!exchanged) return {};
+    if (!isInsideSink) console().callEnded.wait(lock, [&] { return exchanged->calls == 0; });
+    return exchanged->function;
 }
 
 }  // namespace zorvik::platform

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -19,19 +20,28 @@ namespace {
 class Installation : private ApplicationDelegate {
   public:
     explicit Installation(const Services& portServices) : services(portServices) {
-        services.application.setDelegate(this);
+        services->application.setDelegate(this);
     }
     Installation(const Installation&) = delete;
     Installation& operator=(const Installation&) = delete;
-    ~Installation() override { services.application.setDelegate(nullptr); }
+    ~Installation() override { services->application.setDelegate(nullptr); }
 
-    Services services;
+    void exchange(const Services& others, std::shared_ptr<const void> owner) {
+        services->application.setDelegate(nullptr);
+        services.emplace(others);
+        services->application.setDelegate(this);
+        if (owner) owners_.push_back(std::move(owner));
+    }
+
+    std::optional<Services> services;  // always there; references cannot be assigned
     NotificationCenter notificationCenter;
 
   private:
     void applicationDidBecomeActive() override {
         notificationCenter.post(NotificationCenter::applicationDidBecomeActive);
     }
+
+    std::vector<std::shared_ptr<const void>> owners_;  // of services that were exchanged
 };
 
 // Never destroyed: other threads may ask while the process ends.
@@ -73,7 +83,7 @@ void post(Task task, void (Scheduler::*queue)(Task)) {
     {
         const std::scoped_lock lock(state().mutex);
         if (state().installation) {
-            (state().installation->services.scheduler.*queue)(std::move(task));
+            (state().installation->services->scheduler.*queue)(std::move(task));
             return;
         }
     }
@@ -108,6 +118,12 @@ void Environment::uninstall() {
     destroyDropped();
 }
 
+void Environment::exchange(const Services& services, std::shared_ptr<const void> owner) {
+    Installation& current = installation();
+    const std::scoped_lock lock(state().mutex);
+    current.exchange(services, std::move(owner));
+}
+
 bool Environment::isInstalled() {
     return state().isInstalled;
 }
@@ -117,19 +133,19 @@ bool Environment::isMainThread() {
 }
 
 Scheduler& Environment::scheduler() {
-    return installation().services.scheduler;
+    return installation().services->scheduler;
 }
 WebEngine& Environment::webEngine() {
-    return installation().services.webEngine;
+    return installation().services->webEngine;
 }
 ApplicationService& Environment::application() {
-    return installation().services.application;
+    return installation().services->application;
 }
 DefaultsStore& Environment::defaults() {
-    return installation().services.defaults;
+    return installation().services->defaults;
 }
 Stage& Environment::stage() {
-    return installation().services.stage;
+    return installation().services->stage;
 }
 NotificationCenter& Environment::notificationCenter() {
     return installation().notificationCenter;
@@ -145,7 +161,7 @@ void Environment::runInBackground(Task task) {
 
 double Environment::wallSeconds() {
     const std::scoped_lock lock(state().mutex);
-    if (state().installation) return state().installation->services.scheduler.wallSeconds();
+    if (state().installation) return state().installation->services->scheduler.wallSeconds();
     using std::chrono::duration, std::chrono::system_clock;
     return duration<double>(system_clock::now().time_since_epoch()).count();
 }

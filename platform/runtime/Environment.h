@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "platform/foundation/Export.h"
 #include "platform/services/ApplicationService.h"
 #include "platform/services/DefaultsStore.h"
@@ -29,6 +31,11 @@ class ZORVIK_API Environment {
     static void install(const Services& services);
     // Main thread. What other threads let go of afterwards waits until the next port.
     static void uninstall();
+    // Puts these services in the place of those in force, for what stands between the toolkit and
+    // its port and forwards to it, such as a recorder; and the port's own back again. Whoever holds
+    // on to a service may use it after that, so `owner` is kept until the port goes. Main thread,
+    // with a port installed.
+    static void exchange(const Services& services, std::shared_ptr<const void> owner = nullptr);
     // Any thread; on others than the main one the answer may be old when it arrives.
     static bool isInstalled();
     // Any thread. True before the first installation.

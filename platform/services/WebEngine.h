@@ -105,6 +105,10 @@ class ZORVIK_API WebPage {
     virtual void removeMessageHandler(const std::string& name) = 0;
     virtual void removeAllUserScripts() = 0;
     virtual void removeAllContentRules() = 0;
+
+    // The engine's own page, for the port's stage to show: another one only where this one stands
+    // before it and forwards.
+    virtual WebPage& enginePage() { return *this; }
 };
 
 // Makes pages. Owned by the port; main thread only.

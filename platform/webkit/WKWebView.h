@@ -39,7 +39,7 @@ class ZORVIK_API WKWebView : public UIView {
     void evaluateJavaScript(const std::string& script, EvaluationCompletion completion);
 
     // The engine's page behind the view, for the port's stage to show. Lives as long as the view.
-    WebPage& page() { return *page_; }
+    WebPage& page() { return page_->enginePage(); }
 
   private:
     class Events;

@@ -4,6 +4,9 @@
 
 #include "platform/headless/HeadlessPlatform.h"
 #include "tests/contract/ContractTest.h"
+#ifdef ZORVIK_RECORDED
+#include "trace/Recording.h"
+#endif
 
 namespace zorvik::contract {
 
@@ -101,8 +104,18 @@ class HeadlessPort : public PortUnderTest {
 
 }  // namespace
 
+// Compiled once more with a recording under way, which must change nothing.
+#ifdef ZORVIK_RECORDED
+struct RecordedPort : HeadlessPort {
+    trace::Recording recording;
+};
+using Port = RecordedPort;
+#else
+using Port = HeadlessPort;
+#endif
+
 std::unique_ptr<PortUnderTest> PortUnderTest::make() {
-    return std::make_unique<HeadlessPort>();
+    return std::make_unique<Port>();
 }
 
 }  // namespace zorvik::contract
