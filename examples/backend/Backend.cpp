@@ -234,6 +234,8 @@ HttpResponse Backend::servePage(const HttpRequest& request, const Dictionary&, c
         {"/bank", "bank.html", "text/html; charset=utf-8"},
         {"/payment/response", "response.html", "text/html; charset=utf-8"},
         {"/assets/checkout.css", "checkout.css", "text/css; charset=utf-8"},
+        {"/assets/bridge.js", "bridge.js", "text/javascript; charset=utf-8"},
+        {"/assets/inspector.js", "inspector.js", "text/javascript; charset=utf-8"},
         {"/assets/service.js", "service.js", "text/javascript; charset=utf-8"},
         {"/assets/checkout.js", "checkout.js", "text/javascript; charset=utf-8"},
         {"/assets/upi.js", "upi.js", "text/javascript; charset=utf-8"},

@@ -4,6 +4,7 @@
   const id = service.query.get('transaction_id') ?? '';
   const name = service.query.get('bank') ?? 'Your bank';
   const buttons = [element('approve'), element('decline')];
+  let isAnswering = false;
   element('bank').textContent = name;
   element('monogram').textContent = [...name][0] ?? '';
   element('reference').textContent = `Reference ${id}`;
@@ -16,13 +17,14 @@
   }
 
   async function answer(approves) {
-    for (const button of buttons) button.disabled = true;
+    if (isAnswering) return;  // not disabled meanwhile: the button keeps the focus
+    isAnswering = true;
     try {
       const { next } = await service.ask('/api/checkout/bank/answer', { transaction_id: id, approves });
       location.assign(next);
     } catch (error) {
       fail(error);
-      for (const button of buttons) button.disabled = false;
+      isAnswering = false;
     }
   }
 

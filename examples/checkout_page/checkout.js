@@ -5,10 +5,16 @@
   let waitingFor = null;  // the UPI payment that an app was asked for
 
   const views = ['loading', 'methods', 'waiting', 'outcome'];
+  let view = 'loading';
 
+  // The first view leaves the focus where it is, so that the page is read from its top; each later
+  // one takes it, since what had it may be gone.
   function show(name) {
-    for (const view of views) element(view).hidden = view !== name;
-    element(`${name}-title`)?.focus({ preventScroll: true });
+    if (name === view) return;
+    for (const one of views) element(one).hidden = one !== name;
+    document.documentElement.classList.remove('arriving');
+    if (view !== 'loading') element(`${name}-title`).focus({ preventScroll: true });
+    view = name;
     window.scrollTo(0, 0);
   }
 
@@ -17,18 +23,13 @@
     notice.textContent = text;
     notice.dataset.kind = kind;
     notice.hidden = text === '';
+    if (text) notice.scrollIntoView({ block: 'nearest' });
   }
 
-  // Shown below the ways to pay, and told to the back end for the demonstration's own journal.
+  // For the inspector, and for the demonstration's own journal at the back end.
   function journal(received, action) {
     service.ask('/api/demo/journal', { line: `${received} -> ${action}` }).catch(() => {});
-    const entry = document.createElement('li');
-    const code = document.createElement('code');
-    code.textContent = received;
-    entry.append(code, ` ${action}`);
-    element('journal').append(entry);
-    element('journal-card').hidden = false;
-    element('journal-count').textContent = String(element('journal').children.length);
+    bridge.note(action);
   }
 
   const explain = (error) => (error instanceof service.Refusal
@@ -79,7 +80,7 @@
       if (!answer || !isWanted()) return;
       waitingFor = null;
       if (answer.next) {
-        location.assign(answer.next);
+        bridge.goTo(answer.next);
       } else {
         await finish(payment.transaction_id, 'json');
       }
@@ -140,13 +141,23 @@
 
   // --- cards and banks
 
-  function showCardError(text, input) {
-    for (const one of element('card-form').querySelectorAll('input')) one.removeAttribute('aria-invalid');
-    element('card-error').textContent = text;
-    element('card-error').hidden = text === '';
+  // Says it below the form's fields, tied to the one that is wrong.
+  function showError(id, text, input) {
+    const error = element(id);
+    for (const one of error.closest('form').querySelectorAll('input')) {
+      one.removeAttribute('aria-invalid');
+      one.removeAttribute('aria-describedby');
+    }
+    error.textContent = text;
+    error.hidden = text === '';
     input?.setAttribute('aria-invalid', 'true');
+    input?.setAttribute('aria-describedby', id);
     input?.focus();
   }
+
+  // A button that is at work keeps the focus, but does nothing more.
+  const isBusy = (button) => button.getAttribute('aria-disabled') === 'true';
+  const makeBusy = (button, busy) => button.setAttribute('aria-disabled', String(busy));
 
   function cardProblem(number, expiry, cvv) {
     let sum = 0;
@@ -162,32 +173,36 @@
 
   async function payByCard(event) {
     event.preventDefault();
+    if (isBusy(element('card-pay'))) return;
     const number = element('card-number').value.replace(/\D/g, '');
     const expiry = element('card-expiry').value;
     const cvv = element('card-cvv').value;
     const problem = cardProblem(number, expiry, cvv);
-    if (problem) return showCardError(problem[0], element(problem[1]));
-    showCardError('');
-    element('card-pay').disabled = true;
+    showError('card-error', problem?.[0] ?? '', problem && element(problem[1]));
+    if (problem) return;
+    makeBusy(element('card-pay'), true);
     try {
       const answer = await service.ask('/api/checkout/card', { number, expiry, cvv });
       await finish(answer.transaction_id, 'json');
     } catch (error) {
-      showCardError(explain(error));
+      showError('card-error', explain(error));
     }
-    element('card-pay').disabled = false;
+    makeBusy(element('card-pay'), false);
   }
 
   async function payByBank(event) {
     event.preventDefault();
-    element('bank-pay').disabled = true;
+    if (isBusy(element('bank-pay'))) return;
+    const chosen = element('banks').querySelector('input:checked');
+    showError('bank-error', chosen ? '' : 'Choose your bank', chosen ? null : element('banks').querySelector('input'));
+    if (!chosen) return;
+    makeBusy(element('bank-pay'), true);
     try {
-      const chosen = element('bank-form').querySelector('input:checked');
       const answer = await service.ask('/api/checkout/bank', { bank_code: chosen.value });
       location.assign(answer.next);
     } catch (error) {
-      notify(explain(error), 'bad');
-      element('bank-pay').disabled = false;
+      showError('bank-error', explain(error));
+      makeBusy(element('bank-pay'), false);
     }
   }
 
@@ -207,7 +222,9 @@
       element('leave').close();
     } else if (document.querySelector('details[name="method"][open]')) {
       journal('device_back_initiated', 'Closed the open way to pay.');
-      for (const method of document.querySelectorAll('details[name="method"]')) method.open = false;
+      const method = document.querySelector('details[name="method"][open]');
+      method.open = false;
+      method.querySelector('summary').focus();
     } else {
       journal('device_back_initiated', 'Asked whether to leave.');
       element('leave').showModal();
@@ -232,6 +249,7 @@
   }
 
   window.addEventListener('message', (event) => {
+    if (!bridge.isFromApplication(event)) return;
     let message;
     try {
       message = JSON.parse(event.data);
@@ -300,6 +318,7 @@
       order = await service.ask(`/api/checkout?token=${encodeURIComponent(service.token)}`);
     } catch (error) {
       element('loading').hidden = true;
+      document.documentElement.classList.remove('arriving');
       notify(explain(error), 'bad');
       return;
     }
@@ -326,12 +345,18 @@
   upi.start(payByApp);
   element('card-form').addEventListener('submit', payByCard);
   element('bank-form').addEventListener('submit', payByBank);
-  element('banks').addEventListener('change', () => { element('bank-pay').disabled = false; });
+  element('banks').addEventListener('change', () => showError('bank-error', ''));
   element('open-again').addEventListener('click', () => { if (waitingFor) handOver(waitingFor); });
   element('choose-other').addEventListener('click', () => leaveApp('The payment request was closed. Nothing has been charged.', 'good'));
   element('outcome-retry').addEventListener('click', () => toMethods());
   element('stay').addEventListener('click', () => element('leave').close());
   element('leave-now').addEventListener('click', leave);
+  // The page behind the question is out of reach; so is the window around it.
+  element('leave').addEventListener('keydown', (event) => {
+    if (event.code !== 'Tab') return;  // with Shift, some engines have no name for the key
+    event.preventDefault();
+    element(document.activeElement === element('stay') ? 'leave-now' : 'stay').focus();
+  });
   element('card-number').addEventListener('input', ({ target }) => {
     target.value = target.value.replace(/\D/g, '').slice(0, 19).replace(/(\d{4})(?=\d)/g, '$1 ');
   });

@@ -68,7 +68,7 @@ const service = (() => {
   // Ends the checkout: the shop's application takes the response from this address.
   function respond(responseUrl, payload, form) {
     const json = JSON.stringify({ payload });
-    location.assign(`${responseUrl}?response=${encodeURIComponent(form === 'base64' ? base64(json) : json)}`);
+    bridge.goTo(`${responseUrl}?response=${encodeURIComponent(form === 'base64' ? base64(json) : json)}`);
   }
 
   const payloadOf = (answer) => ({

@@ -7,6 +7,7 @@ const upi = (() => {
   function icon(app) {
     const frame = document.createElement('span');
     frame.className = 'app-icon';
+    frame.setAttribute('aria-hidden', 'true');
     const initial = () => { frame.textContent = [...(app.upi_app_name ?? '?')][0] ?? '?'; };
     if (!/^(https?:\/\/|data:image\/(png|svg\+xml|jpeg|webp);)/.test(app.appiconbase64 ?? '')) {
       initial();
@@ -31,7 +32,9 @@ const upi = (() => {
     const chevron = element('card-method').querySelector('.chevron').cloneNode(true);
     button.append(icon(app), name, chevron);
     button.addEventListener('click', () => choose(app));
-    return button;
+    const item = document.createElement('li');
+    item.append(button);
+    return item;
   }
 
   // The application hands the list over once; pages that come later in this checkout keep it.
@@ -39,7 +42,6 @@ const upi = (() => {
 
   function show(text) {
     sessionStorage.setItem(memory, text);
-    const list = element('upi-apps');
     let apps = [];
     try {
       const parsed = JSON.parse(text).UPIApps;
@@ -48,23 +50,21 @@ const upi = (() => {
       // A text that is no list of apps offers none.
     }
     window.zorvik_web.receivedApps = apps;
-    if (apps.length === 0) {
-      element('no-apps').textContent = 'No UPI app was found on this device.';
-      list.replaceChildren(element('no-apps'));
-      return;
-    }
-    list.replaceChildren(...apps.map(row));
+    element('no-apps').textContent = apps.length === 0 ? 'No UPI app was found on this device.' : '';
+    element('upi-apps').replaceChildren(...apps.map(row));
   }
 
   // Asks the application to open the app; false when no application is listening.
   function open(url, packageName, transactionId) {
-    const channel = window.webkit?.messageHandlers?.openUpiIntent;
-    if (!channel) return false;
-    channel.postMessage(JSON.stringify({ url, package_name: packageName, transactionId }));
-    return true;
+    return bridge.post('openUpiIntent', JSON.stringify({ url, package_name: packageName, transactionId }));
   }
 
-  window.zorvik_web = { UPIIntentAvailable: show };
+  window.zorvik_web = {
+    UPIIntentAvailable(text) {
+      bridge.called('zorvik_web.UPIIntentAvailable', text);
+      show(text);
+    },
+  };
 
   // Shows the apps of an earlier page, if any, and gives up on new ones after a while.
   function start(handler) {
