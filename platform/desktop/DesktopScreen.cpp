@@ -27,6 +27,11 @@ void DesktopScreen::follow() {
     requestFrames();
 }
 
+void DesktopScreen::followTexts() {
+    tree().renewTexts();
+    follow();
+}
+
 void DesktopScreen::slide(double from, double to) {
     slide_ = {from, to, stage_.scheduler().steadySeconds()};
     moveTo(from);
@@ -56,6 +61,8 @@ bool DesktopScreen::frame() {
     if (std::exchange(needsFollowing_, false)) {
         tree().follow();
         if (size_.width > 0) tree().place(size_, stage_.safeArea());
+        ShownView* const focused = hasKeyboard() ? tree().newFocus() : nullptr;
+        if (focused != nullptr) focused->takeFocus();
     }
     const bool isFading = tree().showOpacities();
     if (slide_) {

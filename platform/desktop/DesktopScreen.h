@@ -31,6 +31,8 @@ class DesktopScreen {
 
     // What the views show is to be looked at again at the next frame.
     void follow();
+    // The same when texts have another size.
+    void followTexts();
     // Moves from one share of the height to another.
     void slide(double from, double to);
     void endSlide();
@@ -44,6 +46,8 @@ class DesktopScreen {
     DesktopScreen(DesktopStage& stage, std::shared_ptr<UIViewController> shown);
 
     virtual ViewTree& tree() = 0;
+    // Whether no other screen above this one takes input.
+    virtual bool hasKeyboard() const = 0;
     // Calls `frame` at the window's next frames, until it returns false; nothing when it does
     // already, and nothing for a window that is not on the screen.
     virtual void requestFrames() = 0;

@@ -36,6 +36,11 @@ void DesktopStage::setSafeAreaInsets(const UIEdgeInsets& insets) {
         screen->follow();
 }
 
+void DesktopStage::textsChanged() {
+    for (const auto& screen : screens_)
+        screen->followTexts();
+}
+
 void DesktopStage::dropScreens() {
     // One by one, from the top: a controller that goes may look at those below.
     while (!screens_.empty()) {
@@ -89,6 +94,9 @@ void DesktopStage::hide(UIViewController& presented, bool animated, std::functio
     }
     DesktopScreen& screen = **place;
     screen.leave();
+    for (const auto& other : screens_)
+        other
+            ->follow();  // the keyboard may belong to another of its views than when it was covered
     if (animated) screen.slide(screen.offset(), 1);
     screen.runLater(animated ? DesktopScreen::slideSeconds : 0,
                     [this, controller = screen.controller, hidden = std::move(hidden)] {

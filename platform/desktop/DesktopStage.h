@@ -37,6 +37,8 @@ class DesktopStage : public Stage {
     // The controller to present from in a window that is not destroyed: one for each window, owned
     // for it from the first call until the window is destroyed or dropScreens.
     std::shared_ptr<UIViewController> presenterOf(DesktopWindow window);
+    // To be called when measureText answers otherwise from now on.
+    void textsChanged();
     // To be called when a window, or some, are destroyed.
     void endPresenters(const std::function<bool(DesktopWindow)>& isDestroyed);
 

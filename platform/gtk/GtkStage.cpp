@@ -54,6 +54,7 @@ class GtkStage::Screen : public desktop::DesktopScreen {
 
   private:
     desktop::ViewTree& tree() override { return tree_; }
+    bool hasKeyboard() const override { return isTopLayer(widget_.get()); }
     void setOffset(double offset) override { gtk::setOffset(screen_, offset); }
     void requestFrames() override {
         if (tick_ != 0) return;
@@ -95,9 +96,15 @@ GtkStage::GtkStage(Scheduler& scheduler, const UIEdgeInsets& safeArea)
             self->endPresenters([](const void* w) { return !isOpen(w); });
         }),
         this);
+    for (const char* setting : {"notify::gtk-xft-dpi", "notify::gtk-font-name"}) {
+        g_signal_connect_swapped(gtk_settings_get_default(), setting,
+                                 G_CALLBACK(+[](GtkStage* self) { self->settingsChanged(); }),
+                                 this);
+    }
 }
 
 GtkStage::~GtkStage() {
+    g_signal_handlers_disconnect_by_data(gtk_settings_get_default(), this);
     g_signal_handler_disconnect(gtk_window_get_toplevels(), windowsSignal_);
 }
 
@@ -105,6 +112,11 @@ std::shared_ptr<UIViewController> GtkStage::presenterFor(GtkWindow* window) {
     if (window == nullptr || !isOpen(window)) return nullptr;
     prepareLayers(window);
     return presenterOf(window);
+}
+
+void GtkStage::settingsChanged() {
+    ruler_ = share(makeLabel());  // one in no window keeps the style it was made with
+    textsChanged();
 }
 
 std::unique_ptr<desktop::DesktopScreen> GtkStage::makeScreen(

@@ -26,6 +26,7 @@ class GtkStage : public desktop::DesktopStage {
 
     std::unique_ptr<desktop::DesktopScreen> makeScreen(std::shared_ptr<UIViewController> shown,
                                                        desktop::DesktopWindow window) override;
+    void settingsChanged();
 
     ObjectPointer<GtkWidget> ruler_;  // a label that is never shown, to measure with
     unsigned long windowsSignal_ = 0;

@@ -1,5 +1,7 @@
 #include "platform/gtk/ShownWidget.h"
 
+#include <utility>
+
 #include "platform/gtk/GtkWebPage.h"
 #include "platform/gtk/Text.h"
 #include "platform/uikit/UIActivityIndicatorView.h"
@@ -33,6 +35,20 @@ GtkWidget* makeScroller(GtkWidget* content) {
     gtk_widget_set_focusable(scroller, FALSE);
     gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scroller), content);
     return scroller;
+}
+
+GtkAccessibleRole roleOf(ViewKind kind) {
+    if (kind == ViewKind::placeholder) return GTK_ACCESSIBLE_ROLE_STATUS;
+    if (kind == ViewKind::panel) return GTK_ACCESSIBLE_ROLE_ALERT;
+    return GTK_ACCESSIBLE_ROLE_GENERIC;
+}
+
+void hide(GtkWidget* widget, bool isHidden) {
+    gtk_accessible_update_state(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_STATE_HIDDEN, isHidden, -1);
+}
+
+void setWords(GtkWidget* widget, GtkAccessibleProperty property, const std::string& words) {
+    gtk_accessible_update_property(GTK_ACCESSIBLE(widget), property, validText(words).get(), -1);
 }
 
 void followScroller(GtkScrolledWindow* scroller, const UIScrollView& view) {
@@ -75,18 +91,18 @@ GtkWidget* makeButton(const std::weak_ptr<UIView>& view) {
 
 ShownWidget::ShownWidget(UIView& view)
     : kind_(desktop::kindOf(view)),
-      widget_(makeViewWidget()),
+      widget_(makeViewWidget(roleOf(kind_))),
       owner_(share(asWidget(widget_))),
       childParent_(widget_) {
     if (kind_ == ViewKind::label) {
         content_ = makeLabel();
     } else if (kind_ == ViewKind::button) {
         content_ = makeButton(view.weak_from_this());
-        setMinimumHitSize(widget_, desktop::smallestButton);
     } else if (kind_ == ViewKind::spinner) {
         content_ = gtk_spinner_new();
-    } else if (kind_ == ViewKind::scroller) {
-        childParent_ = makeViewWidget();
+        setWords(content_, GTK_ACCESSIBLE_PROPERTY_LABEL, desktop::loadingName);
+    } else if (isScrolled()) {
+        childParent_ = makeViewWidget(GTK_ACCESSIBLE_ROLE_GENERIC);
         content_ = makeScroller(asWidget(childParent_));
     } else if (kind_ == ViewKind::web) {
         // Of another port no page could be shown.
@@ -97,18 +113,32 @@ ShownWidget::ShownWidget(UIView& view)
         return;  // the page takes its widget away when it goes, so no pointer is kept
     }
     if (content_ != nullptr) gtk_widget_set_parent(content_, asWidget(widget_));
+    if (kind_ == ViewKind::panel) {
+        gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(content_), GTK_POLICY_NEVER,
+                                       GTK_POLICY_AUTOMATIC);
+        keepFocusInSight(GTK_SCROLLED_WINDOW(content_), childParent_);
+    } else if (kind_ == ViewKind::placeholder) {
+        setWords(asWidget(widget_), GTK_ACCESSIBLE_PROPERTY_LABEL, desktop::loadingName);
+        gtk_accessible_update_state(GTK_ACCESSIBLE(widget_), GTK_ACCESSIBLE_STATE_BUSY, TRUE, -1);
+        hide(content_, true);
+    }
 }
 
 ShownWidget::~ShownWidget() {
     leaveParent(asWidget(widget_));
 }
 
-void ShownWidget::follow(UIView& view, bool hasNewText) {
+bool ShownWidget::isScrolled() const {
+    return kind_ == ViewKind::scroller || kind_ == ViewKind::placeholder ||
+           kind_ == ViewKind::panel;
+}
+
+void ShownWidget::follow(UIView& view, const desktop::Circumstances& circumstances) {
+    const auto [hasNewText, isReached] = circumstances;
     GtkWidget* widget = asWidget(widget_);
     setBackground(widget_, view.backgroundColor(), view.cornerRadius());
-    const bool isTouchable = desktop::isTouchable(view);
-    gtk_widget_set_can_target(widget, isTouchable);
-    gtk_widget_set_can_focus(widget, isTouchable);
+    gtk_widget_set_can_target(widget, isReached);
+    gtk_widget_set_can_focus(widget, isReached);
     if (kind_ != ViewKind::web) gtk_widget_set_visible(widget, !view.isHidden());
     if (kind_ == ViewKind::label) {
         followLabel(GTK_LABEL(content_), static_cast<UILabel&>(view), hasNewText);
@@ -119,8 +149,29 @@ void ShownWidget::follow(UIView& view, bool hasNewText) {
     } else if (kind_ == ViewKind::spinner) {
         gtk_spinner_set_spinning(GTK_SPINNER(content_),
                                  static_cast<UIActivityIndicatorView&>(view).isAnimating());
-    } else if (kind_ == ViewKind::scroller) {
+    } else if (kind_ == ViewKind::scroller || kind_ == ViewKind::placeholder) {
         followScroller(GTK_SCROLLED_WINDOW(content_), static_cast<UIScrollView&>(view));
+    }
+    tellReaders(view, isReached);
+}
+
+void ShownWidget::tellReaders(const UIView& view, bool isReached) {
+    // A block says nothing, nor does a wheel at rest.
+    const bool isMute = (kind_ == ViewKind::plain && view.subviews().empty()) ||
+                        (kind_ == ViewKind::spinner &&
+                         !static_cast<const UIActivityIndicatorView&>(view).isAnimating());
+    // Each time: GTK says so itself of what it shows and hides.
+    hide(asWidget(widget_), !isReached || isMute);
+    if (kind_ == ViewKind::button)
+        setWords(content_, GTK_ACCESSIBLE_PROPERTY_LABEL,
+                 static_cast<const UIButton&>(view).title());
+    std::string text = desktop::panelText(view);
+    if (panelText_ == text) return;
+    panelText_ = std::move(text);
+    if (kind_ == ViewKind::button) {
+        setWords(content_, GTK_ACCESSIBLE_PROPERTY_DESCRIPTION, panelText_);
+    } else {
+        setWords(asWidget(widget_), GTK_ACCESSIBLE_PROPERTY_LABEL, panelText_);
     }
 }
 
@@ -132,14 +183,21 @@ void ShownWidget::put(desktop::ShownView& subview, desktop::ShownView* previous)
     moveAfter(asWidget(static_cast<ShownWidget&>(subview).widget_), parent, before);
 }
 
-void ShownWidget::place(const UIView& view) {
-    setFrame(widget_, view.frame());
-    if (kind_ != ViewKind::scroller) return;
-    setContentSize(childParent_, static_cast<const UIScrollView&>(view).contentSize());
+void ShownWidget::place(const desktop::Placement& placement) {
+    setFrame(widget_, placement.frame);
+    if (kind_ == ViewKind::button) setMinimumHitSize(widget_, placement.touch);
+    if (isScrolled()) setContentSize(childParent_, placement.content);
 }
 
 void ShownWidget::setOpacity(double opacity) {
     gtk_widget_set_opacity(asWidget(widget_), opacity);
+}
+
+void ShownWidget::takeFocus() {
+    // A page's widget is the first, where the page still has one.
+    GtkWidget* widget =
+        content_ != nullptr ? content_ : gtk_widget_get_first_child(asWidget(widget_));
+    if (widget != nullptr) gtk_widget_grab_focus(widget);
 }
 
 }  // namespace zorvik::platform::gtk

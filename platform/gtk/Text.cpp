@@ -3,8 +3,6 @@
 #include <cmath>
 #include <limits>
 
-#include "platform/gtk/ObjectPointer.h"
-
 namespace zorvik::platform::gtk {
 namespace {
 
@@ -16,13 +14,9 @@ constexpr const char* look = R"(
 }
 .zorvik-button:hover { background-color: rgba(0, 122, 255, 0.08); }
 .zorvik-button:active { background-color: rgba(0, 122, 255, 0.18); }
-.zorvik-button:focus-visible { outline: 2px solid rgba(0, 122, 255, 0.7); outline-offset: -2px; }
+.zorvik-button:focus { outline: 2px solid #007aff; outline-offset: -2px; }
 .zorvik-scroller, .zorvik-scroller > viewport { background: none; border: none; }
 )";
-
-TextPointer validText(const std::string& text) {
-    return TextPointer(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
-}
 
 guint16 component(double value) {
     return static_cast<guint16>(std::lround(value * std::numeric_limits<guint16>::max()));
@@ -32,7 +26,16 @@ int pangoUnits(double points) {
     return static_cast<int>(std::lround(points * PANGO_SCALE));
 }
 
+// Not absolute: the desktop's scale of texts is the resolution, of which 96 is the ordinary one.
+PangoAttribute* sizeAttribute(double fontSize) {
+    return pango_attr_size_new(pangoUnits(fontSize * 72 / 96));
+}
+
 }  // namespace
+
+TextPointer validText(const std::string& text) {
+    return TextPointer(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())));
+}
 
 void installLook() {
     static const bool isInstalled = [] {
@@ -54,7 +57,7 @@ GtkWidget* makeLabel() {
 
 void setText(GtkLabel* label, const std::string& text, double fontSize, const UIColor& color) {
     PangoAttrList* attributes = pango_attr_list_new();
-    pango_attr_list_insert(attributes, pango_attr_size_new_absolute(pangoUnits(fontSize)));
+    pango_attr_list_insert(attributes, sizeAttribute(fontSize));
     pango_attr_list_insert(attributes,
                            pango_attr_foreground_new(component(color.red), component(color.green),
                                                      component(color.blue)));
@@ -67,7 +70,7 @@ Size measureText(GtkWidget* label, const std::string& text, double fontSize, dou
     const ObjectPointer<PangoLayout> layout(
         gtk_widget_create_pango_layout(label, validText(text).get()));
     PangoAttrList* attributes = pango_attr_list_new();
-    pango_attr_list_insert(attributes, pango_attr_size_new_absolute(pangoUnits(fontSize)));
+    pango_attr_list_insert(attributes, sizeAttribute(fontSize));
     pango_layout_set_attributes(layout.get(), attributes);
     pango_attr_list_unref(attributes);
     pango_layout_set_wrap(layout.get(), PANGO_WRAP_WORD_CHAR);

@@ -130,7 +130,20 @@ void zorvik_view_widget_class_init(ViewWidgetClass* type) {
     widget->measure = viewMeasure;
     widget->size_allocate = viewAllocate;
     widget->snapshot = viewSnapshot;
-    gtk_widget_class_set_accessible_role(widget, GTK_ACCESSIBLE_ROLE_GROUP);
+}
+
+gboolean scrollToFocus(GtkWidget* content, GdkFrameClock*, gpointer) {
+    GtkWidget* child = gtk_root_get_focus(gtk_widget_get_root(content));
+    while (child != nullptr && gtk_widget_get_parent(child) != content)
+        child = gtk_widget_get_parent(child);
+    if (child == nullptr) return G_SOURCE_REMOVE;
+    const auto* view = reinterpret_cast<ViewWidget*>(child);
+    const double high = std::max(view->frame.height, view->minimumHitSize.height);
+    const double top = view->frame.y + (view->frame.height - high) / 2;
+    GtkWidget* scroller = gtk_widget_get_ancestor(content, GTK_TYPE_SCROLLED_WINDOW);
+    gtk_adjustment_clamp_page(gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(scroller)),
+                              top, top + high);
+    return G_SOURCE_REMOVE;
 }
 
 void screenMeasure(GtkWidget* widget, GtkOrientation, int, int* minimum, int* natural, int*, int*) {
@@ -167,8 +180,9 @@ void zorvik_screen_widget_class_init(ScreenWidgetClass* type) {
 
 }  // namespace
 
-ViewWidget* makeViewWidget() {
-    return static_cast<ViewWidget*>(g_object_new(zorvik_view_widget_get_type(), nullptr));
+ViewWidget* makeViewWidget(GtkAccessibleRole role) {
+    return static_cast<ViewWidget*>(
+        g_object_new(zorvik_view_widget_get_type(), "accessible-role", role, nullptr));
 }
 
 GtkWidget* asWidget(ViewWidget* widget) {
@@ -195,8 +209,19 @@ void setContentSize(ViewWidget* widget, const Size& size) {
     gtk_widget_queue_resize(asWidget(widget));
 }
 
+void keepFocusInSight(GtkScrolledWindow* scroller, ViewWidget* content) {
+    const auto changed = +[](GtkAdjustment*, GtkWidget* parent) {
+        // In the next frame: within its own allocation a scroller does not move its content.
+        gtk_widget_add_tick_callback(parent, scrollToFocus, nullptr, nullptr);
+    };
+    g_signal_connect_object(gtk_scrolled_window_get_vadjustment(scroller), "changed",
+                            G_CALLBACK(changed), asWidget(content), G_CONNECT_DEFAULT);
+}
+
 void setMinimumHitSize(ViewWidget* widget, const Size& size) {
+    if (widget->minimumHitSize == size) return;
     widget->minimumHitSize = size;
+    gtk_widget_queue_allocate(asWidget(widget));
 }
 
 ScreenWidget* makeScreenWidget(ViewWidget* child, void (*allocated)(void* owner, Size size),

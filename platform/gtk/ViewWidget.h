@@ -11,7 +11,7 @@ namespace zorvik::platform::gtk {
 // A rectangle with a background that places its children: view widgets by their frames, any other
 // widget over its whole area. A child larger than its parent is not clipped.
 struct ViewWidget;
-ViewWidget* makeViewWidget();
+ViewWidget* makeViewWidget(GtkAccessibleRole role);
 GtkWidget* asWidget(ViewWidget* widget);
 
 // In whole points relative to the parent.
@@ -19,6 +19,8 @@ void setFrame(ViewWidget* widget, const Rect& frame);
 void setBackground(ViewWidget* widget, const UIColor& color, double cornerRadius);
 // What it asks of a parent that is no view widget, such as a scroller.
 void setContentSize(ViewWidget* widget, const Size& size);
+// Scrolls to the child that has the keyboard whenever the content has another size or less room.
+void keepFocusInSight(GtkScrolledWindow* scroller, ViewWidget* content);
 // The area a customer hits may be larger than the frame: the smallest size of the other child.
 void setMinimumHitSize(ViewWidget* widget, const Size& size);
 

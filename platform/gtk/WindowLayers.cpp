@@ -50,6 +50,10 @@ void addLayer(GtkWindow* window, GtkWidget* layer) {
     updateInput(layers);
 }
 
+bool isTopLayer(GtkWidget* layer) {
+    return gtk_widget_get_parent(layer) != nullptr && gtk_widget_get_sensitive(layer);
+}
+
 void layerLeaves(GtkWidget* layer) {
     setMark(layer, leavingMark);
     GtkWidget* layers = gtk_widget_get_parent(layer);

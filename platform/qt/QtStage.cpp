@@ -1,5 +1,7 @@
 #include "platform/qt/QtStage.h"
 
+#include <QGuiApplication>
+#include <QScreen>
 #include <QWidget>
 #include <utility>
 
@@ -33,6 +35,8 @@ class QtStage::Screen : public desktop::DesktopScreen, private ScreenLayer::Scre
     void requestFrames() override { layer_.requestFrames(); }
     void layerResized(const Size& size) override { resized(size); }
     bool layerFrame() override { return frame(); }
+    void layerFontChanged() override { followTexts(); }
+    bool hasKeyboard() const override { return layer_.hasKeyboard(); }
 
     const QPointer<QWidget> window_;
     ScreenLayer layer_;
@@ -40,7 +44,12 @@ class QtStage::Screen : public desktop::DesktopScreen, private ScreenLayer::Scre
 };
 
 QtStage::QtStage(Scheduler& scheduler, const UIEdgeInsets& safeArea)
-    : DesktopStage(scheduler, safeArea) {}
+    : DesktopStage(scheduler, safeArea) {
+    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+        QObject::connect(screen, &QScreen::logicalDotsPerInchChanged, &connections_,
+                         [this] { textsChanged(); });
+    }
+}
 
 std::shared_ptr<UIViewController> QtStage::presenterFor(QWidget* widget) {
     if (widget == nullptr) return nullptr;

@@ -8,6 +8,8 @@
 #include <cmath>
 #include <utility>
 
+#include "platform/qt/Spoken.h"
+
 namespace zorvik::platform::qt {
 namespace {
 
@@ -22,7 +24,9 @@ ScreenLayer::ScreenLayer(QWidget& window, Screen& screen)
       screen_(screen),
       window_(&window),
       formerFocus_(window.focusWidget()),
-      content_(new QWidget(this)) {}
+      content_(new QWidget(this)) {
+    speak(*content_, {});
+}
 
 void ScreenLayer::appear() {
     raise();
@@ -93,6 +97,11 @@ void ScreenLayer::hideEvent(QHideEvent* event) {
     frames_.stop();
 }
 
+void ScreenLayer::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange) screen_.layerFontChanged();
+}
+
 // The keyboard goes round inside the screen.
 bool ScreenLayer::focusNextPrevChild(bool next) {
     QWidget* const start = window_ != nullptr ? window_->focusWidget() : nullptr;
@@ -126,7 +135,6 @@ void ScreenLayer::putBeneath(QObject* child) {
     if (child->isWidgetType() && child != this) static_cast<QWidget*>(child)->stackUnder(this);
 }
 
-// Whether no other screen above this one takes input.
 bool ScreenLayer::hasKeyboard() const {
     if (isLeaving_ || window_ == nullptr) return false;
     const QObjectList& children = window_->children();

@@ -18,6 +18,7 @@ class ScreenLayer : public QWidget {
         virtual void layerResized(const Size& size) = 0;
         // Shows what this moment shows; whether something still moves.
         virtual bool layerFrame() = 0;
+        virtual void layerFontChanged() = 0;
 
       protected:
         ~Screen() = default;
@@ -34,12 +35,15 @@ class ScreenLayer : public QWidget {
     void requestFrames();
     // Gives the focus back and lets what is beneath have the keyboard, while it goes its way.
     void leave();
+    // Whether no other screen above this one takes input.
+    bool hasKeyboard() const;
 
   protected:
     bool eventFilter(QObject* target, QEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    void changeEvent(QEvent* event) override;
     bool focusNextPrevChild(bool next) override;
 
   private:
@@ -47,7 +51,6 @@ class ScreenLayer : public QWidget {
     void place();
     void putBeneath(QObject* child);
     void keepFocus(QWidget* focus);
-    bool hasKeyboard() const;
 
     Screen& screen_;
     QPointer<QWidget> window_;

@@ -1,11 +1,14 @@
 #include "platform/qt/ShownWidget.h"
 
+#include <QApplication>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
 #include "platform/qt/QtWebPage.h"
+#include "platform/qt/Spoken.h"
 #include "platform/uikit/UIButton.h"
 #include "platform/uikit/UILabel.h"
 #include "platform/uikit/UIScrollView.h"
@@ -34,13 +37,32 @@ QRect atLeast(const Size& least, QRect area) {
     return area;
 }
 
-std::unique_ptr<QScrollArea> makeScroller(QWidget& parent) {
+bool isScrolled(ViewKind kind) {
+    return kind == ViewKind::scroller || kind == ViewKind::placeholder || kind == ViewKind::panel;
+}
+
+std::unique_ptr<QScrollArea> makeScroller(ViewKind kind, QWidget& parent) {
     auto scroller = std::make_unique<QScrollArea>(&parent);
     scroller->setFrameShape(QFrame::NoFrame);
     scroller->setFocusPolicy(Qt::NoFocus);
     scroller->setWidget(new QWidget);
     scroller->widget()->setAutoFillBackground(false);
     scroller->viewport()->setAutoFillBackground(false);
+    speak(*scroller->widget(), {});
+    if (kind == ViewKind::placeholder) {
+        speak(*scroller, {QAccessible::StatusBar, desktop::loadingName, true, true});
+    } else if (kind == ViewKind::panel) {
+        speak(*scroller, {QAccessible::AlertMessage, {}, false, false});
+        scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        QScrollArea* const self = scroller.get();
+        const auto showFocus = [self] {
+            QWidget* const focus = QApplication::focusWidget();
+            if (focus != nullptr && self->isAncestorOf(focus)) self->ensureWidgetVisible(focus);
+        };
+        // Once all that is in it has its place.
+        QObject::connect(self->verticalScrollBar(), &QScrollBar::rangeChanged, self, showFocus,
+                         Qt::QueuedConnection);
+    }
     return scroller;
 }
 
@@ -65,14 +87,16 @@ ShownWidget::ShownWidget(UIView& view, QWidget& content)
     : kind_(desktop::kindOf(view)),
       block_(makeBlock(view, kind_, content)),
       subviewHost_(&content) {
-    if (kind_ == ViewKind::scroller) {
-        scroller_ = makeScroller(content);
+    setMute(block_->widget(), kind_ != ViewKind::label && kind_ != ViewKind::button);
+    if (isScrolled(kind_)) {
+        scroller_ = makeScroller(kind_, content);
         subviewHost_ = scroller_->widget();
     } else if (kind_ == ViewKind::web) {
         // Of another port no page could be shown.
         auto* page = dynamic_cast<QtWebPage*>(&static_cast<WKWebView&>(view).page());
         if (page != nullptr) page_ = page->widget();
         cover_ = makePlainBlock(content);
+        setMute(cover_->widget(), true);
     }
     moveOnTopIn(content);
 }
@@ -106,19 +130,22 @@ void ShownWidget::put(desktop::ShownView& subview, desktop::ShownView* /*previou
     shown.moveOnTopIn(*subviewHost_);
 }
 
-void ShownWidget::follow(UIView& view, bool hasNewText) {
+void ShownWidget::follow(UIView& view, const desktop::Circumstances& circumstances) {
+    const bool wasReached = std::exchange(isReached_, circumstances.isReached);
     isVisible_ = !view.isHidden() && (parent_ == nullptr || parent_->isVisible_);
-    isTouchable_ = desktop::isTouchable(view) && (parent_ == nullptr || parent_->isTouchable_);
     background_ = view.backgroundColor();
     cornerRadius_ = view.cornerRadius();
     QWidget& block = block_->widget();
     if (kind_ != ViewKind::web) block.setVisible(isVisible_);
-    block.setAttribute(Qt::WA_TransparentForMouseEvents, !isTouchable_);
-    if (hasNewText) followText(view);
+    block.setAttribute(Qt::WA_TransparentForMouseEvents, !isReached_);
+    if (circumstances.hasNewText) followText(view);
+    if (kind_ == ViewKind::label || kind_ == ViewKind::button) setMute(block, !isReached_);
     if (kind_ == ViewKind::button) {
-        block.setFocusPolicy(isTouchable_ ? Qt::StrongFocus : Qt::NoFocus);
+        block.setFocusPolicy(isReached_ ? Qt::StrongFocus : Qt::NoFocus);
+        block.setAccessibleDescription(toQString(desktop::panelText(view)));
     }
-    if (kind_ == ViewKind::scroller) followScroller(view);
+    if (scroller_ != nullptr) followScroller(view);
+    if (kind_ == ViewKind::panel) followPanel(view, wasReached);
     if (kind_ == ViewKind::web) followPage(view);
     show();
 }
@@ -136,14 +163,25 @@ void ShownWidget::followText(const UIView& view) {
 }
 
 void ShownWidget::followScroller(const UIView& view) {
-    const auto& scrollView = static_cast<const UIScrollView&>(view);
     const auto policy = [](bool showsBar) {
         return showsBar ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff;
     };
-    scroller_->setVerticalScrollBarPolicy(policy(scrollView.showsVerticalScrollIndicator()));
-    scroller_->setHorizontalScrollBarPolicy(policy(scrollView.showsHorizontalScrollIndicator()));
+    if (const auto* scrollView = dynamic_cast<const UIScrollView*>(&view)) {
+        scroller_->setVerticalScrollBarPolicy(policy(scrollView->showsVerticalScrollIndicator()));
+        scroller_->setHorizontalScrollBarPolicy(
+            policy(scrollView->showsHorizontalScrollIndicator()));
+    }
     scroller_->setVisible(isVisible_);
-    scroller_->setAttribute(Qt::WA_TransparentForMouseEvents, !isTouchable_);
+    scroller_->setAttribute(Qt::WA_TransparentForMouseEvents, !isReached_);
+    setMute(*scroller_, !isReached_);
+}
+
+void ShownWidget::followPanel(const UIView& view, bool wasReached) {
+    const QString text = toQString(desktop::panelText(view));
+    const bool isNew = !wasReached || text != panelText_;
+    panelText_ = text;
+    speak(*scroller_, {QAccessible::AlertMessage, text, false, false});
+    if (isReached_ && isNew) announce(*scroller_);
 }
 
 void ShownWidget::followPage(const UIView& view) {
@@ -152,7 +190,8 @@ void ShownWidget::followPage(const UIView& view) {
     if (page_ == nullptr) return;
     // What is hidden with all it stands in is of no interest to anybody.
     page_->setVisible(parent_ == nullptr || parent_->isVisible_);
-    page_->setEnabled(isTouchable_);
+    page_->setEnabled(isReached_);
+    setMute(*page_, !isReached_);
 }
 
 // A page stays on the screen while it is not to be seen, since the engine slows it down elsewhere:
@@ -169,18 +208,17 @@ void ShownWidget::placePage(bool isSeen) {
     }
 }
 
-void ShownWidget::place(const UIView& view) {
-    const Rect& frame = view.frame();
+void ShownWidget::place(const desktop::Placement& placement) {
+    const Rect& frame = placement.frame;
     origin_ = {frame.x, frame.y};
     if (parent_ != nullptr && parent_->scroller_ == nullptr) origin_ += parent_->origin_;
     const QRect area = wholePoints(origin_, frame);
-    block_->widget().setGeometry(kind_ == ViewKind::button ? atLeast(desktop::smallestButton, area)
-                                                           : area);
+    block_->widget().setGeometry(atLeast(placement.touch, area));
     if (page_ != nullptr) page_->setGeometry(area);
     if (cover_ != nullptr) cover_->widget().setGeometry(area);
     if (scroller_ == nullptr) return;
     scroller_->setGeometry(area);
-    const Size& size = static_cast<const UIScrollView&>(view).contentSize();
+    const Size& size = placement.content;
     const QSize whole(static_cast<int>(std::ceil(size.width)),
                       static_cast<int>(std::ceil(size.height)));
     scroller_->widget()->resize(whole.expandedTo(area.size()));
@@ -189,6 +227,13 @@ void ShownWidget::place(const UIView& view) {
 void ShownWidget::setOpacity(double opacity) {
     opacity_ = parent_ != nullptr ? opacity * parent_->opacity_ : opacity;
     show();
+}
+
+void ShownWidget::takeFocus() {
+    QWidget* const widget = kind_ == ViewKind::web ? page_.data() : &block_->widget();
+    if (widget == nullptr) return;
+    widget->setFocus(Qt::OtherFocusReason);
+    if (parent_ != nullptr && parent_->scroller_) parent_->scroller_->ensureWidgetVisible(widget);
 }
 
 void ShownWidget::show() {

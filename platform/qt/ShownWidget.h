@@ -23,15 +23,17 @@ class ShownWidget : public desktop::ShownView {
     ~ShownWidget() override;
 
     void put(desktop::ShownView& subview, desktop::ShownView* previous) override;
-    void follow(UIView& view, bool hasNewText) override;
-    void place(const UIView& view) override;
+    void follow(UIView& view, const desktop::Circumstances& circumstances) override;
+    void place(const desktop::Placement& placement) override;
     void setOpacity(double opacity) override;
+    void takeFocus() override;
 
   private:
     void moveOnTopIn(QWidget& parent);
     void followText(const UIView& view);
     void followScroller(const UIView& view);
     void followPage(const UIView& view);
+    void followPanel(const UIView& view, bool wasReached);
     void show();
     void placePage(bool isSeen);
 
@@ -49,7 +51,8 @@ class ShownWidget : public desktop::ShownView {
     double cornerRadius_ = 0;
     double opacity_ = 1;
     bool isVisible_ = true;
-    bool isTouchable_ = true;
+    bool isReached_ = false;
+    QString panelText_;  // as told to readers
 };
 
 }  // namespace zorvik::platform::qt

@@ -1,8 +1,10 @@
 #include "platform/qt/Text.h"
 
 #include <QApplication>
+#include <QFontInfo>
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QScreen>
 #include <QTextLayout>
 #include <algorithm>
 #include <cmath>
@@ -11,9 +13,21 @@
 namespace zorvik::platform::qt {
 namespace {
 
+constexpr double ordinaryDpi = 96;
+constexpr double largestOrdinaryFont = 11;  // of an application's own texts, in typographic points
+
+// How much larger than ordinary the customer wants texts. The desktop's scale comes as the screen's
+// resolution where it does not enlarge the whole window, or as a larger font for applications.
+double textScale() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    const double dpi = screen != nullptr ? screen->logicalDotsPerInchY() : ordinaryDpi;
+    const double font = QFontInfo(QApplication::font()).pointSizeF();
+    return dpi / ordinaryDpi * std::max(1.0, font / largestOrdinaryFont);
+}
+
 QFont fontOf(double size) {
     QFont font = QApplication::font();
-    font.setPixelSize(static_cast<int>(std::lround(size)));
+    font.setPixelSize(static_cast<int>(std::lround(size * textScale())));
     return font;
 }
 

