@@ -4,6 +4,7 @@
 
 #include "examples/merchant/DemoServices.h"
 #include "examples/merchant/Journal.h"
+#include "platform/runtime/DispatchQueue.h"
 #include "platform/runtime/NotificationCenter.h"
 #include "platform/runtime/UserDefaults.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDK.h"
@@ -11,8 +12,11 @@
 namespace zorvik::demo {
 
 using platform::Dictionary;
+using platform::DispatchQueue;
 using platform::NotificationCenter;
 using platform::UserDefaults;
+using trace::Lane;
+using trace::Recording;
 
 namespace {
 
@@ -20,8 +24,31 @@ constexpr double patienceSeconds = 120;
 constexpr const char* recordKeys[] = {"current_transaction_id", "current_package_name",
                                       "transaction_start_time"};
 
+// Prints the events, and records them.
+class Sink : public development::EventSink {
+  public:
+    void record(const development::RecordedEvent& event) override {
+        printed_->record(event);
+        trace::Step::event(event.eventName, event.additionalData.value_or(Dictionary()));
+    }
+
+  private:
+    const std::shared_ptr<development::EventSink> printed_ = makePrintingSink();
+};
+
+// A step of the story, and the cause of what happens in its scope. Any thread.
+class Told {
+  public:
+    explicit Told(const std::string& step, Lane lane = Lane::host) : step_(lane, step.c_str()) {
+        printLabelled("step", step);
+    }
+
+  private:
+    const trace::Step step_;
+};
+
 void tell(const std::string& step) {
-    printLabelled("step", step);
+    const Told told(step);
 }
 
 void printRecord(const std::string& when) {
@@ -41,7 +68,8 @@ bool isHandedOff() {
 // Stands between the checkout and the shop, and tells what comes by.
 class Demonstration::Witness : public ZorvikCheckoutSDKDelegate {
   public:
-    explicit Witness(std::weak_ptr<Merchant> shop) : shop_(std::move(shop)) {}
+    Witness(std::weak_ptr<Merchant> shop, std::shared_ptr<Recording> recording)
+        : shop_(std::move(shop)), recording_(std::move(recording)) {}
 
     void onCheckoutResponse(const Dictionary& data) override {
         answers.push_back(inShort(data));
@@ -52,12 +80,23 @@ class Demonstration::Witness : public ZorvikCheckoutSDKDelegate {
         if (const auto shop = shop_.lock()) shop->onCheckoutResponse(data);
     }
 
-    // Any thread.
+    // What a UPI app says: "step Nilgiri Pay opens", "png FILE". Any thread.
     void heard(const std::string& line) {
-        const std::size_t space = line.find(' ');
-        if (space == line.npos) return;
-        if (line.ends_with(" opens")) isCustomerAway_ = true;
-        printLabelled(line.substr(0, space), line.substr(space + 1));
+        if (line.starts_with("step ")) {
+            if (line.ends_with(" opens")) isCustomerAway_ = true;
+            const Told told(line.substr(5), Lane::upiApp);
+        } else if (line.starts_with("png ")) {
+            tookPicture("upi-app", line.substr(4));
+        }
+    }
+
+    // Any thread.
+    void tookPicture(const std::string& name, const std::string& path) {
+        printLabelled("png", path);
+        if (!recording_) return;
+        DispatchQueue::main().async([weak = std::weak_ptr(recording_), name, path] {
+            if (const auto recording = weak.lock()) recording->picture(name, path);
+        });
     }
 
     void becameActive() {
@@ -71,23 +110,31 @@ class Demonstration::Witness : public ZorvikCheckoutSDKDelegate {
 
   private:
     const std::weak_ptr<Merchant> shop_;
+    const std::shared_ptr<Recording> recording_;
     std::atomic<bool> isCustomerAway_ = false;
 };
 
 Demonstration::Demonstration(Desktop& desktop, DemonstrationOptions options)
     : desktop_(desktop),
       options_(std::move(options)),
+      recording_(options_.traceFile.empty() ? nullptr : std::make_shared<Recording>()),
       shop_(std::make_shared<Merchant>(desktop, options_.orderFile)),
-      witness_(std::make_shared<Witness>(shop_)),
+      witness_(std::make_shared<Witness>(shop_, recording_)),
+      receiver_(witness_),
       upiApps_([witness = witness_](const auto& line) { witness->heard(line); }) {
-    configureServices(options_.backendUrl, makePrintingSink());
+    if (recording_) receiver_ = recording_->delegate(witness_);
+    configureServices(options_.backendUrl, std::make_shared<Sink>());
     shop_->setUp();
-    ZorvikCheckoutSDK::shared().setDelegate(witness_);
+    ZorvikCheckoutSDK::shared().setDelegate(receiver_);
     NotificationCenter::defaultCenter().addObserver(std::weak_ptr(witness_), &Witness::becameActive,
                                                     NotificationCenter::applicationDidBecomeActive);
     desktop_.start({
         .pay = [this] { pressedPay(); },
-        .back = [shop = shop_] { shop->goBack(); },
+        .back =
+            [shop = shop_] {
+                const trace::Step step(Lane::facade, "handleDeviceBackButtonPress");
+                shop->goBack();
+            },
         .isCheckoutOpen = [shop = shop_] { return shop->isCheckoutOpen(); },
     });
 }
@@ -95,9 +142,13 @@ Demonstration::Demonstration(Desktop& desktop, DemonstrationOptions options)
 Demonstration::~Demonstration() = default;
 
 void Demonstration::pressedPay() {
-    tell("customer presses Pay");
+    const Told told("customer presses Pay");
     if (!options_.hasAutomaticCustomer) play(stepsOfOnlooker());
-    if (options_.resumesOrder) return shop_->resume();
+    if (options_.resumesOrder) {
+        const trace::Step step(Lane::facade, "checkout");
+        return shop_->resume();
+    }
+    const trace::Step step(Lane::facade, "createOrder");
     shop_->pay();
 }
 
@@ -115,12 +166,18 @@ bool Demonstration::run() {
         if (isAnswered) awaitResult();
         savePng(isAnswered ? "result" : "stuck");
     }
-    if (!options_.hasAutomaticCustomer) {
-        runUntil([] { return false; });
-        return isAnswered;
-    }
+    if (!options_.hasAutomaticCustomer) runUntil([] { return false; });
+    writeTrace();
+    if (!options_.hasAutomaticCustomer) return isAnswered;
     printLabelled("outcome", "expected " + options_.scenario->expected + ", seen " + seen());
     return seen() == options_.scenario->expected;
+}
+
+void Demonstration::writeTrace() const {
+    if (!recording_) return;
+    const auto written = recording_->writeHtml(options_.traceFile);
+    if (!written) return printLabelled("demo", written.error().localizedDescription);
+    printLabelled("trace", options_.traceFile);
 }
 
 void Demonstration::runUntil(const std::function<bool()>& condition) {
@@ -152,7 +209,7 @@ bool Demonstration::savePng(const std::string& name) {
     if (options_.pngFolder.empty()) return true;
     const std::string path = options_.pngFolder + "/" + name + ".png";
     if (!desktop_.isOpen() || !desktop_.savePng(path)) return false;
-    printLabelled("png", path);
+    witness_->tookPicture(name, path);
     return true;
 }
 

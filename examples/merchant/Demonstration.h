@@ -10,12 +10,14 @@
 #include "examples/merchant/Desktop.h"
 #include "examples/merchant/Merchant.h"
 #include "examples/merchant/Scenario.h"
+#include "trace/Recording.h"
 
 namespace zorvik::demo {
 
 struct DemonstrationOptions {
     std::string backendUrl;
     std::string pngFolder;  // "" takes no pictures
+    std::string traceFile;  // where the run's recording is written; "" records nothing
     std::string orderFile;  // remembers the open order, for a shop that was killed
     const Scenario* scenario = nullptr;
     bool hasAutomaticCustomer = false;
@@ -40,6 +42,7 @@ class Demonstration {
     class Witness;
 
     void pressedPay();
+    void writeTrace() const;
     // Lets the checkout screen go and the result be seen.
     void awaitResult();
     // False when the window shows nothing yet.
@@ -50,8 +53,11 @@ class Demonstration {
 
     Desktop& desktop_;
     const DemonstrationOptions options_;
+    // Shared with what other threads tell. Before what it records, so that it outlives that.
+    const std::shared_ptr<trace::Recording> recording_;
     const std::shared_ptr<Merchant> shop_;
     const std::shared_ptr<Witness> witness_;
+    std::shared_ptr<ZorvikCheckoutSDKDelegate> receiver_;
     std::unique_ptr<AutomaticCustomer> customer_;
     std::optional<std::string> stuckAt_;
     const Listener upiApps_;

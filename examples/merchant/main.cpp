@@ -17,7 +17,8 @@ using zorvik::demo::DemonstrationOptions;
 
 constexpr const char* usage =
     "usage: zorvik-demo-merchant --backend URL [--customer auto|person] [--scenario NAME]\n"
-    "                            [--png-folder FOLDER] [--order-file FILE] [--resume]\n"
+    "                            [--png-folder FOLDER] [--trace FILE] [--order-file FILE] "
+    "[--resume]\n"
     "       zorvik-demo-merchant --list\n";
 
 void listScenarios() {
@@ -42,6 +43,8 @@ std::optional<DemonstrationOptions> optionsFrom(int count, char** arguments) {
             options.backendUrl = value;
         } else if (option == "--png-folder") {
             options.pngFolder = value;
+        } else if (option == "--trace") {
+            options.traceFile = value;
         } else if (option == "--order-file") {
             options.orderFile = value;
         } else if (option == "--customer" && (value == "auto" || value == "person")) {

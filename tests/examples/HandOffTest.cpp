@@ -7,8 +7,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -119,6 +121,9 @@ Lines chosen(const Lines& after = {}) {
     return events;
 }
 
+// The claims of the order's token, the payee's VPA.
+constexpr const char* secrets = "[.]ey[A-Za-z0-9+/]{12}|tealheron(@|%40)";
+
 // What a run shows beside its end.
 struct Facts {
     Lines host = {};     // among what the host is told
@@ -179,8 +184,7 @@ TEST_P(HandOff, EndsAsExpected) {
     SCOPED_TRACE(run.everything());
     EXPECT_EQ(run.exitStatus, 0);
     EXPECT_THAT(run.all, Contains("expected " + scenario.expected + ", seen " + scenario.expected));
-    // The claims of the order's token, the payee's VPA.
-    EXPECT_THAT(run.everything(), Not(ContainsRegex("[.]ey[A-Za-z0-9+/]{12}|tealheron(@|%40)")));
+    EXPECT_THAT(run.everything(), Not(ContainsRegex(secrets)));
     EXPECT_THAT(run.told("store"), IsSupersetOf(emptyStore));
 
     const auto found = facts.find(scenario.name);
@@ -237,6 +241,12 @@ TEST(Demonstration, TellsItsStoryOnAScreenfulAndShowsItInOnePicture) {
     for (const char* name :
          {"shop", "skeleton", "error-panel", "page", "upi-app", "result", "contact-sheet"})
         EXPECT_GT(std::filesystem::file_size(folder + "/" + name + ".png"), 1000U) << name;
+    std::ostringstream trace;
+    trace << std::ifstream(folder + "/trace.html").rdbuf();
+    for (const char* part : {"customer taps Nilgiri Pay", "Nilgiri Pay opens", "onCheckoutResponse",
+                             "UPI_INTENT_STARTED", "update order", "data:image/png;base64,"})
+        EXPECT_THAT(trace.str(), HasSubstr(part));
+    EXPECT_THAT(trace.str(), Not(ContainsRegex(secrets)));
     std::filesystem::remove_all(folder);
 }
 
