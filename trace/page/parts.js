@@ -55,16 +55,16 @@ function card(item) {
     class: `entry ${form} lane-${item.lane}${item.isBad ? " bad" : ""}${item.picture ? " with-picture" : ""}`,
     tabindex: -1,
     "data-id": item.id,
-    "aria-label": `${timeText(item.seconds)}, ${laneNames[item.lane]}, ${kindOf(item)}: ${item.title}`,
     "aria-expanded": item.isFold ? "false" : undefined,
     children: [element("span", { class: "dot" })],
   });
   const add = (name, text) => text && button.append(element("span", { class: name, text }));
+  add("unseen", `${timeText(item.seconds)}, ${laneNames[item.lane]}, ${kindOf(item)}: `);
   if (item.isMarker) {
     add("title", item.title.replace(/^background |^timer of /, ""));
   } else {
     if (form === "card") button.append(icon(item.kind, item.isBad));
-    if (form === "card") add("lane-name", laneNames[item.lane]);
+    if (form === "card") button.append(element("span", { class: "lane-name", text: laneNames[item.lane], "aria-hidden": "true" }));
     add("title", item.title);
     add("more", item.isFold ? item.tags.join(" · ").toLowerCase() : shortData(item));
     add("badge", item.data?.decision);

@@ -45,6 +45,27 @@ TEST(EnvironmentDeathTest, OnePortIsInForceFromItsConstructionToItsDestruction) 
     EXPECT_DEATH(const HeadlessPlatform second, "installed already");
 }
 
+TEST(EnvironmentTest, WhatStoodInForTheServicesIsKeptUntilThePortGoes) {
+    std::weak_ptr<const void> kept;
+    {
+        HeadlessPlatform platform;
+        headless::HeadlessApplication other(platform.scheduler());
+        const auto exchange = [&](ApplicationService& application, std::shared_ptr<int> owner) {
+            Environment::exchange({platform.scheduler(), platform.web(), application,
+                                   platform.defaults(), platform.stage()},
+                                  std::move(owner));
+        };
+        auto owner = std::make_shared<int>();
+        kept = owner;
+        exchange(other, std::move(owner));
+        EXPECT_EQ(&Environment::application(), &other);
+        exchange(platform.application(), nullptr);
+        EXPECT_EQ(&Environment::application(), &platform.application());
+        EXPECT_FALSE(kept.expired());
+    }
+    EXPECT_TRUE(kept.expired());
+}
+
 TEST(EnvironmentTest, AnObjectIsDestroyedOnTheMainThreadAndMayStillUseThePort) {
     ThreadLog log;
     {
