@@ -29,11 +29,18 @@ void moveAfter(GtkWidget* child, GtkWidget* parent, GtkWidget* previous) {
     gtk_widget_insert_after(child, parent, previous);
 }
 
+// From screen readers.
+void hide(GtkWidget* widget, bool isHidden) {
+    gtk_accessible_update_state(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_STATE_HIDDEN, isHidden, -1);
+}
+
 GtkWidget* makeScroller(GtkWidget* content) {
     GtkWidget* scroller = gtk_scrolled_window_new();
     gtk_widget_add_css_class(scroller, "zorvik-scroller");
     gtk_widget_set_focusable(scroller, FALSE);
     gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scroller), content);
+    hide(gtk_scrolled_window_get_hscrollbar(GTK_SCROLLED_WINDOW(scroller)), true);
+    hide(gtk_scrolled_window_get_vscrollbar(GTK_SCROLLED_WINDOW(scroller)), true);
     return scroller;
 }
 
@@ -41,10 +48,6 @@ GtkAccessibleRole roleOf(ViewKind kind) {
     if (kind == ViewKind::placeholder) return GTK_ACCESSIBLE_ROLE_STATUS;
     if (kind == ViewKind::panel) return GTK_ACCESSIBLE_ROLE_ALERT;
     return GTK_ACCESSIBLE_ROLE_GENERIC;
-}
-
-void hide(GtkWidget* widget, bool isHidden) {
-    gtk_accessible_update_state(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_STATE_HIDDEN, isHidden, -1);
 }
 
 void setWords(GtkWidget* widget, GtkAccessibleProperty property, const std::string& words) {

@@ -11,6 +11,7 @@
 #include "platform/webkit/WKWebView.h"
 #include "testkit/RecordingDelegate.h"
 #include "tests/platform/desktop/DesktopPortTest.h"
+#include "tests/platform/desktop/ScreenReader.h"
 #include "tests/support/RawServer.h"
 #include "zorvik_mobile_kit_ios_webview_sdk/ZorvikCheckoutSDK.h"
 
@@ -164,10 +165,16 @@ TEST_F(CheckoutRoad, ARefusedPortShowsThePanelAndRetryLoadsThePage) {
     EXPECT_FALSE(isPanelHidden());
     EXPECT_EQ(find<UILabel>()->text(), "Something went wrong. Please try again.");
     EXPECT_EQ(countOf(EventConstants::WEBVIEW_LOADED), 0);
+    settle();
+    EXPECT_THAT(heard(window),
+                ElementsAre("alert: Something went wrong. Please try again.",
+                            "text: Something went wrong. Please try again.",
+                            "button: Retry (Something went wrong. Please try again.) focused"));
     configure("/checkout");
-    find<UIButton>()->sendTouchUpInside();
-    EXPECT_TRUE(isPanelHidden());
+    xdotool("key Return");
     EXPECT_TRUE(waitForEvent(EventConstants::WEBVIEW_LOADED));
+    EXPECT_TRUE(
+        askUntil([&] { return heard(window) == std::vector<std::string>{"page focused"}; }));
     EXPECT_EQ(evaluated("typeof zorvik_web"), "object");
     EXPECT_TRUE(isPanelHidden());
     EXPECT_EQ(countOf(EventConstants::WEBVIEW_FAILED), 1);

@@ -202,6 +202,8 @@ TEST_F(PanelTest, TextsFollowTheDesktopsScaleUncutAndScrollWhereThereIsNoRoom) {
     const int title = titleOf(picture());
     beOfSize({320, 100});
     EXPECT_GT(titleOf(picture()), 0.9 * title) << "what has the focus is in sight";
+    xdotool("key Prior");
+    EXPECT_LT(titleOf(picture()), 0.5 * title) << "and so is the text, for who scrolls";
     beOfSize({520, 400});
     setTextScale(1);
     settle();

@@ -30,10 +30,9 @@ void hear(GtkWidget* widget, std::vector<std::string>& lines) {
     GtkAccessible* const accessible = GTK_ACCESSIBLE(widget);
     if (!gtk_widget_get_mapped(widget) || is(accessible, GTK_ACCESSIBLE_STATE_HIDDEN)) return;
     const std::pair<GtkAccessibleRole, const char*> roles[] = {
-        {GTK_ACCESSIBLE_ROLE_ALERT, "alert"},
-        {GTK_ACCESSIBLE_ROLE_STATUS, "status"},
-        {GTK_ACCESSIBLE_ROLE_LABEL, "text"},
-        {GTK_ACCESSIBLE_ROLE_BUTTON, "button"},
+        {GTK_ACCESSIBLE_ROLE_ALERT, "alert"},          {GTK_ACCESSIBLE_ROLE_STATUS, "status"},
+        {GTK_ACCESSIBLE_ROLE_LABEL, "text"},           {GTK_ACCESSIBLE_ROLE_BUTTON, "button"},
+        {GTK_ACCESSIBLE_ROLE_SCROLLBAR, "scroll bar"},
     };
     std::string line;
     for (const auto& [role, name] : roles)
