@@ -8,6 +8,7 @@
 #include "examples/common/HttpClient.h"
 #include "examples/common/Money.h"
 #include "examples/common/Words.h"
+#include "examples/upi_app/UPIStyle.h"
 
 namespace zorvik::demo {
 
@@ -35,8 +36,25 @@ std::string storyOf(const Answer& answer) {
                                       : "customer pays";
 }
 
-constexpr const char* ownRules =
-    ".outcome { font-weight: 700; font-size: 22px; padding-top: 24px; }";
+GtkWidget* centred(const std::string& text, std::initializer_list<const char*> styles) {
+    GtkWidget* widget = label(text, styles);
+    gtk_label_set_justify(GTK_LABEL(widget), GTK_JUSTIFY_CENTER);
+    return widget;
+}
+
+GtkWidget* column(int spacing) {
+    GtkWidget* box = gtk_box_new(GTK_ORIENTATION_VERTICAL, spacing);
+    gtk_widget_set_margin_top(box, 20 - spacing);
+    gtk_widget_set_margin_bottom(box, 20);
+    gtk_widget_set_margin_start(box, 16);
+    gtk_widget_set_margin_end(box, 16);
+    gtk_widget_set_halign(box, GTK_ALIGN_CENTER);
+    // As wide as the page's column where there is room, narrower where there is not.
+    GdkPaintable* width = gdk_paintable_new_empty(448, 1);
+    gtk_box_append(GTK_BOX(box), gtk_picture_new_for_paintable(width));
+    g_object_unref(width);
+    return box;
+}
 
 }  // namespace
 
@@ -62,24 +80,46 @@ UPIWindow::~UPIWindow() {
 }
 
 void UPIWindow::build() {
-    addStyleSheet(app_.accent, ownRules);
+    addStyleSheet(app_.accent);
+    followDesktopStyle(app_.accent);
     window_ = gtk_window_new();
     gtk_window_set_title(GTK_WINDOW(window_), app_.name.c_str());
-    gtk_window_set_default_size(GTK_WINDOW(window_), 420, 760);
+    gtk_window_set_default_size(GTK_WINDOW(window_), 390, 844);
     g_signal_connect(window_, "destroy",
                      G_CALLBACK(+[](GtkWidget*, UPIWindow* self) { self->window_ = nullptr; }),
                      this);
+    GtkEventController* keys = gtk_event_controller_key_new();
+    g_signal_connect(keys, "key-pressed", G_CALLBACK(keyPressed), this);
+    gtk_widget_add_controller(window_, keys);
 
-    GtkWidget* column = gtk_box_new(GTK_ORIENTATION_VERTICAL, 18);
-    gtk_widget_set_size_request(column, 320, -1);
-    gtk_widget_set_margin_top(column, 24);
-    gtk_widget_set_margin_bottom(column, 24);
-    gtk_widget_set_margin_start(column, 18);
-    gtk_widget_set_margin_end(column, 18);
-    gtk_widget_set_vexpand(column, TRUE);
-    gtk_box_append(GTK_BOX(column), details());
+    stack_ = gtk_stack_new();
+    GtkWidget* scroller = gtk_scrolled_window_new();
+    gtk_scrolled_window_set_policy(GTK_SCROLLED_WINDOW(scroller), GTK_POLICY_NEVER,
+                                   GTK_POLICY_AUTOMATIC);
+    gtk_scrolled_window_set_child(GTK_SCROLLED_WINDOW(scroller), stack_);
+    gtk_widget_set_vexpand(scroller, TRUE);
+    gtk_stack_add_child(GTK_STACK(stack_), requestView());
 
-    actions_ = gtk_box_new(GTK_ORIENTATION_VERTICAL, 10);
+    GtkWidget* all = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
+    gtk_box_append(GTK_BOX(all), head(app_.name));
+    gtk_box_append(GTK_BOX(all), scroller);
+    gtk_window_set_child(GTK_WINDOW(window_), all);
+    gtk_widget_grab_focus(gtk_widget_get_first_child(actions_));
+    gtk_window_present(GTK_WINDOW(window_));
+    say("step " + app_.name + " opens");
+}
+
+gboolean UPIWindow::keyPressed(GtkEventControllerKey*, guint key, guint, GdkModifierType,
+                               UPIWindow* self) {
+    if (key != GDK_KEY_Escape) return FALSE;
+    self->answer(*answerByName("cancel"));
+    return TRUE;
+}
+
+GtkWidget* UPIWindow::requestView() {
+    GtkWidget* view = column(16);
+    gtk_box_append(GTK_BOX(view), details());
+    actions_ = gtk_box_new(GTK_ORIENTATION_VERTICAL, 8);
     gtk_widget_set_valign(actions_, GTK_ALIGN_END);
     gtk_widget_set_vexpand(actions_, TRUE);
     if (request_) {
@@ -92,58 +132,51 @@ void UPIWindow::build() {
     } else {
         gtk_box_append(GTK_BOX(actions_), answerButton("Close", "primary", "back"));
     }
-    gtk_box_append(GTK_BOX(column), actions_);
-
-    GtkWidget* all = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
-    gtk_box_append(GTK_BOX(all), head(app_.name));
-    gtk_box_append(GTK_BOX(all), column);
-    gtk_window_set_child(GTK_WINDOW(window_), all);
-    gtk_window_present(GTK_WINDOW(window_));
-    say("step " + app_.name + " opens");
+    gtk_box_append(GTK_BOX(view), actions_);
+    return view;
 }
 
 GtkWidget* UPIWindow::details() {
     GtkWidget* card = gtk_box_new(GTK_ORIENTATION_VERTICAL, 4);
     gtk_widget_add_css_class(card, "card");
     if (!request_) {
-        gtk_box_append(GTK_BOX(card), label("This payment cannot be shown", {"heading"}));
-        gtk_box_append(GTK_BOX(card), label(request_.error().localizedDescription, {"quiet"}));
+        gtk_box_append(GTK_BOX(card), centred("This payment cannot be shown", {"heading"}));
+        gtk_box_append(GTK_BOX(card), centred(request_.error().localizedDescription, {"quiet"}));
         return card;
     }
     const PaymentRequest& request = request_.value();
-    gtk_box_append(GTK_BOX(card), label("Paying", {"quiet"}));
+    gtk_box_append(GTK_BOX(card), centred("Paying", {"quiet"}));
     gtk_box_append(
         GTK_BOX(card),
-        label(request.payeeName.empty() ? request.payeeAddress : request.payeeName, {"heading"}));
-    gtk_box_append(GTK_BOX(card), label(request.payeeAddress, {"quiet", "small"}));
-    gtk_box_append(GTK_BOX(card), label(moneyText(request.amount, request.currency), {"amount"}));
+        centred(request.payeeName.empty() ? request.payeeAddress : request.payeeName, {"heading"}));
+    gtk_box_append(GTK_BOX(card), centred(request.payeeAddress, {"quiet", "small"}));
+    gtk_box_append(GTK_BOX(card), centred(moneyText(request.amount, request.currency), {"amount"}));
     GtkWidget* rows = gtk_box_new(GTK_ORIENTATION_VERTICAL, 8);
     gtk_widget_add_css_class(rows, "rows");
     gtk_box_append(GTK_BOX(rows), row("From", "Savings account ••• 4417"));
     if (!request.note.empty()) gtk_box_append(GTK_BOX(rows), row("For", request.note));
     gtk_box_append(GTK_BOX(rows), row("Reference", request.transactionReference));
     gtk_box_append(GTK_BOX(card), rows);
-    title_ = label("", {"outcome"});
-    words_ = label("", {"quiet"});
-    gtk_widget_set_visible(title_, FALSE);
-    gtk_widget_set_visible(words_, FALSE);
-    gtk_box_append(GTK_BOX(card), title_);
-    gtk_box_append(GTK_BOX(card), words_);
     return card;
 }
 
 GtkWidget* UPIWindow::answerButton(const std::string& text, const char* style,
                                    const char* answerName) {
     const Answer* chosen = answerByName(answerName);
-    return button(text, style, [this, chosen] { answer(*chosen); });
+    GtkWidget* widget = button(text, style, [this, chosen] { answer(*chosen); });
+    GtkLabel* words = GTK_LABEL(gtk_button_get_child(GTK_BUTTON(widget)));
+    gtk_label_set_wrap(words, TRUE);
+    gtk_label_set_justify(words, GTK_JUSTIFY_CENTER);
+    return widget;
 }
 
 void UPIWindow::answer(const Answer& answer) {
-    if (!window_) return;
+    if (!window_ || isAnswered_) return;
     if (answer.status.empty() || !request_) {
         say("step customer leaves " + app_.name + " without paying");
         return closeAfter(0);
     }
+    isAnswered_ = true;
     gtk_widget_set_sensitive(actions_, FALSE);
     Dictionary report{{"status", answer.status},
                       {"message", answer.words},
@@ -166,24 +199,31 @@ void UPIWindow::finish(const Report& report) {
     if (!window_) return;
     if (report.problem) {
         say("step customer cannot pay in " + app_.name + ": " + *report.problem);
-        showOutcome("Not paid", *report.problem, false);
-        gtk_widget_set_sensitive(actions_, TRUE);
+        showResult("Not paid", "Nothing has been charged. " + *report.problem, "bad");
         return closeAfter(2500);
     }
     const bool isPaid = report.answer.status == "SUCCESS";
     say("step " + storyOf(report.answer) + " in " + app_.name);
-    showOutcome(isPaid ? "Payment sent" : std::string(report.answer.words),
-                "Going back to the shop…", report.answer.status != "FAILED");
-    closeAfter(700);
+    showResult(isPaid ? "Payment sent" : std::string(report.answer.words),
+               "Going back to the shop…", report.answer.status == "FAILED" ? "bad" : "good");
+    closeAfter(resultMilliseconds_);
 }
 
-void UPIWindow::showOutcome(const std::string& title, const std::string& words, bool isGood) {
-    gtk_label_set_text(GTK_LABEL(title_), title.c_str());
-    gtk_label_set_text(GTK_LABEL(words_), words.c_str());
-    gtk_widget_remove_css_class(title_, isGood ? "bad" : "good");
-    gtk_widget_add_css_class(title_, isGood ? "good" : "bad");
-    gtk_widget_set_visible(title_, TRUE);
-    gtk_widget_set_visible(words_, TRUE);
+void UPIWindow::showResult(const std::string& title, const std::string& words, const char* kind) {
+    GtkWidget* view = column(10);
+    gtk_widget_set_valign(view, GTK_ALIGN_CENTER);
+    GtkWidget* mark = centred(std::string_view(kind) == "bad" ? "✕" : "✓", {"mark", kind});
+    gtk_widget_set_halign(mark, GTK_ALIGN_CENTER);
+    gtk_box_append(GTK_BOX(view), mark);
+    gtk_box_append(GTK_BOX(view), centred(title, {"outcome"}));
+    gtk_box_append(GTK_BOX(view), centred(words, {"quiet"}));
+    gtk_accessible_update_property(GTK_ACCESSIBLE(view), GTK_ACCESSIBLE_PROPERTY_LABEL,
+                                   (title + ". " + words).c_str(), -1);
+    gtk_stack_add_child(GTK_STACK(stack_), view);
+    gtk_stack_set_visible_child(GTK_STACK(stack_), view);
+    // A screen reader reads what has the focus.
+    gtk_widget_set_focusable(view, TRUE);
+    gtk_widget_grab_focus(view);
 }
 
 void UPIWindow::closeAfter(unsigned milliseconds) {
@@ -195,6 +235,7 @@ void UPIWindow::closeAfter(unsigned milliseconds) {
 }
 
 void UPIWindow::answerAfter(double seconds, const Answer& answer, const std::string& pngFolder) {
+    resultMilliseconds_ = 700;  // nobody reads it
     // Late enough for the window to be drawn.
     constexpr double drawn = 0.6;
     if (!pngFolder.empty()) {

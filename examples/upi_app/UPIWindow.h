@@ -44,11 +44,16 @@ class UPIWindow {
     struct Report;
 
     void build();
+    // Escape cancels.
+    static gboolean keyPressed(GtkEventControllerKey* keys, guint key, guint code,
+                               GdkModifierType state, UPIWindow* self);
+    GtkWidget* requestView();
     GtkWidget* details();
     GtkWidget* answerButton(const std::string& text, const char* style, const char* answerName);
     void answer(const Answer& answer);
     void finish(const Report& report);
-    void showOutcome(const std::string& title, const std::string& words, bool isGood);
+    // In place of the request, for the rest of the window's life; kind is "good" or "bad".
+    void showResult(const std::string& title, const std::string& words, const char* kind);
     void closeAfter(unsigned milliseconds);
     bool savePng(const std::string& path);
 
@@ -58,9 +63,10 @@ class UPIWindow {
     // Late answers of worker threads find the window gone through this.
     std::shared_ptr<UPIWindow*> self_ = std::make_shared<UPIWindow*>(this);
     GtkWidget* window_ = nullptr;
+    GtkWidget* stack_ = nullptr;
     GtkWidget* actions_ = nullptr;
-    GtkWidget* title_ = nullptr;
-    GtkWidget* words_ = nullptr;
+    bool isAnswered_ = false;
+    unsigned resultMilliseconds_ = 1600;  // time to read it
 };
 
 }  // namespace zorvik::demo

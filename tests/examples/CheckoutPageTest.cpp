@@ -158,10 +158,16 @@ TEST_F(PageTest, AProblemWithACardIsTiedToItsField) {
             << row.name;
         expectShown(std::string("methods |  | ") + row.field);
     }
-    evaluate(payWith("9900000000000002", "08/30", "123") + "0");
     evaluate(payWith("9900000000000036", "08/30", "123") + "0");
     waitFor("document.getElementById('card-error').textContent.includes('own cards')");
     EXPECT_EQ(evaluate("document.querySelectorAll('[aria-invalid]').length"), "0");
+
+    // Impatience does not charge twice.
+    evaluate(payWith("9900000000000028", "08/30", "123") +
+             "document.getElementById('card-pay').click();");
+    expectShown("outcome |  | outcome-title");
+    const Dictionary order = post("/api/checkout/close", {{"token", token}});
+    EXPECT_EQ(order.at("payments").array()->size(), 1U);
 }
 
 TEST_F(PageTest, ACardIsPaidWithTheKeyboardAlone) {
@@ -228,12 +234,27 @@ TEST_F(PageTest, TheInspectorShowsWhatCrossedAndIsReachedWithTheKeyboard) {
     EXPECT_EQ(evaluate("document.querySelectorAll('#inspector .body')[2].textContent"), backAction);
     press("Tab", closed + "inspector-close");
     press("Tab Return Tab Return Tab", closed + "inspector-toggle");
+    receive("{}");
+    waitFor("document.querySelectorAll('#inspector li').length === 4");
     EXPECT_EQ(evaluate("document.querySelectorAll('#inspector details[open]').length"), "2");
     press("Return", closed + "inspector-toggle");
     EXPECT_EQ(evaluate("document.getElementById('inspector').hidden"), "true");
-    // Opened by the address; what crossed before is still there.
-    load("/checkout?token=" + token + "&x#inspector");
-    waitFor("document.querySelectorAll('#inspector:not([hidden]) li').length === 3");
+    // Opened by the address, and open for the pages that follow, with what crossed before.
+    for (const char* address : {"&x#inspector", "&y"}) {
+        load("/checkout?token=" + token + address);
+        waitFor("document.querySelectorAll('#inspector:not([hidden]) li').length === 4");
+    }
+}
+
+TEST_F(PageTest, UntilTheOrderIsThereThePageHasTheSkeletonsColours) {
+    open();
+    const auto ground = [&] { return picture().at(195, 700); };
+    setDesktop("gtk-application-prefer-dark-theme", 1);
+    orderLatency = 1500;
+    load("/checkout?token=" + token);
+    EXPECT_TRUE(askUntil([&] { return ground() == Pixel{255, 255, 255}; }));
+    EXPECT_EQ(picture().at(195, 150), (Pixel{0xE0, 0xE0, 0xE0})) << "a block";
+    EXPECT_TRUE(askUntil([&] { return ground() == Pixel{16, 22, 28}; }));
 }
 
 }  // namespace

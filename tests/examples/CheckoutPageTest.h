@@ -96,7 +96,12 @@ class CheckoutPageTest : public DesktopPortTest {
 
     demo::Backend backend{ZORVIK_SOURCE_FOLDER "/examples/checkout_page", 0};
     const std::unique_ptr<demo::HttpServer> server = demo::HttpServer::listen(
-        0, [this](const demo::HttpRequest& request) { return backend.handle(request); });
+        0, [this](const demo::HttpRequest& request) {
+            demo::HttpResponse response = backend.handle(request);
+            if (request.path == "/api/checkout") response.delayMilliseconds = orderLatency;
+            return response;
+        });
+    unsigned orderLatency = 0;  // milliseconds
     const std::shared_ptr<contract::Recorder> recorder = std::make_shared<contract::Recorder>();
     std::shared_ptr<WKWebView> page;
     std::string token;
