@@ -12,12 +12,14 @@ namespace {
 
 constexpr const char* usage =
     "usage: zorvik-demo-contact-sheet OUTPUT.png TITLE [PICTURE.png WORDS]...\n"
-    "  TITLE may be empty; at most six pictures stand in a row.\n";
+    "  TITLE may be empty, the words are one line each then; six pictures at most stand in a "
+    "row.\n";
 
 constexpr int pictureWidth = 234;
 constexpr int pictureHeight = 506;
 constexpr int gap = 24;
-constexpr int wordsHeight = 52;
+constexpr int titleHeight = 44;
+constexpr int wordsHeight = 52;  // two lines
 constexpr int mostColumns = 6;
 
 struct Color {
@@ -98,8 +100,9 @@ int main(int count, char** arguments) {
     const int number = static_cast<int>(pictures.size());
     const int rows = (number + mostColumns - 1) / mostColumns;
     const int columns = (number + rows - 1) / rows;
-    const int top = title.empty() ? gap : gap + 44;
-    const int cellHeight = pictureHeight + wordsHeight + gap;
+    const int top = title.empty() ? gap : gap + titleHeight;
+    // Without a title the words are captions, one line each.
+    const int cellHeight = pictureHeight + (title.empty() ? gap + 8 : wordsHeight + gap);
     cairo_surface_t* sheet = cairo_image_surface_create(
         CAIRO_FORMAT_RGB24, gap + columns * (pictureWidth + gap), top + rows * cellHeight);
     cairo_t* context = cairo_create(sheet);
