@@ -73,7 +73,8 @@ std::string inShort(const Dictionary& data) {
     static constexpr const char* names[] = {"SUCCESS", "FAILURE", "CANCELLED", "UNKNOWN"};
     const std::string name = names[static_cast<std::size_t>(outcomeOf(data).kind)];
     const std::string error = textOf(data, "error");
-    const std::string words = error.empty() ? statusIn(data) : error;
+    std::string words = error.empty() ? statusIn(data) : error;
+    if (words == "FAILED") words = textOf(data, "message");
     return words.empty() || words == name ? name : name + " (" + platform::shortened(words) + ")";
 }
 

@@ -176,10 +176,10 @@ const std::map<std::string, Facts> facts{
     {"killed-and-restarted", {.host = {"payment_method: UPI", "transactionId: TXN000000001"}}},
 };
 
-class HandOff : public testing::TestWithParam<demo::Scenario> {};
+class HandOff : public testing::TestWithParam<std::string> {};
 
 TEST_P(HandOff, EndsAsExpected) {
-    const demo::Scenario& scenario = GetParam();
+    const demo::Scenario& scenario = *demo::scenarioByName(GetParam());
     const DemoRun run(scenario.name, "--no-pictures --verbose");
     SCOPED_TRACE(run.everything());
     EXPECT_EQ(run.exitStatus, 0);
@@ -209,15 +209,20 @@ TEST_P(HandOff, EndsAsExpected) {
     EXPECT_EQ(run.backgroundEvents("CHECKOUT_INITIATED"), 2U);
 }
 
-std::string testName(const testing::TestParamInfo<demo::Scenario>& info) {
-    std::string name = info.param.name;
+// The first is played below.
+Lines scenarioNames() {
+    Lines names;
+    for (const auto& scenario : demo::scenarios())
+        names.push_back(scenario.name);
+    names.erase(names.begin());
+    return names;
+}
+std::string testName(const testing::TestParamInfo<std::string>& scenario) {
+    std::string name = scenario.param;
     std::replace(name.begin(), name.end(), '-', '_');
     return name;
 }
-// The first is played below.
-INSTANTIATE_TEST_SUITE_P(Scenario, HandOff,
-                         testing::ValuesIn(demo::scenarios().begin() + 1, demo::scenarios().end()),
-                         testName);
+INSTANTIATE_TEST_SUITE_P(Scenario, HandOff, testing::ValuesIn(scenarioNames()), testName);
 
 TEST(Demonstration, TellsItsStoryOnAScreenfulAndShowsItInOnePicture) {
     const std::string folder =
@@ -228,9 +233,8 @@ TEST(Demonstration, TellsItsStoryOnAScreenfulAndShowsItInOnePicture) {
     EXPECT_LE(run.all.size(), 25U);
     Lines story = run.story();
     // The customer comes back while the back end is asked: before its word or after it.
-    const auto isBack = std::find(story.begin(), story.end(), "customer is back in the shop");
-    ASSERT_NE(isBack, story.end());
-    story.erase(isBack);
+    EXPECT_THAT(story, Contains("customer is back in the shop"));
+    std::erase(story, "customer is back in the shop");
     EXPECT_THAT(story, ElementsAreArray(
                            {"shop opens", "customer presses Pay", "checkout screen opens",
                             "page cannot be reached; the screen offers Retry",
