@@ -41,7 +41,7 @@ constexpr const char* rules = R"css(
 #shop #outcome { font-size: 18pt; font-weight: 700; }
 #shop #mark { color: #ffffff; font-size: 34px; font-weight: 800; border-radius: 36px; }
 #shop QPushButton { min-height: 48px; border-radius: 12px; font-size: 11.25pt; font-weight: 600;
-    border: 2px solid @outline; padding: 2px; color: @ink; background: @sheet; }
+    border: 2px solid @outline; outline: none; padding: 2px; color: @ink; background: @sheet; }
 #shop QPushButton:hover { background: @hover; }
 #shop QPushButton#primary { border-color: transparent; background: #0b6560; color: #ffffff; }
 #shop QPushButton#primary:hover { background: #0a5954; }
