@@ -82,8 +82,8 @@ class ZORVIK_API Step {
 // Records from here to the end of the scope, and writes the page there when the test has failed by
 // then. For any test framework:
 //
-//     const zorvik::trace::OnFailure trace("trace.html", [] { return testing::Test::HasFailure();
-//     });
+//     const zorvik::trace::OnFailure trace("trace.html",
+//                                          [] { return testing::Test::HasFailure(); });
 class ZORVIK_API OnFailure {
   public:
     OnFailure(std::string path, std::function<bool()> hasFailed);

@@ -33,8 +33,10 @@ using testkit::CheckoutTestKit;
 using testkit::UPIApp;
 using testkit::UPIStatus;
 
-std::string path(const std::string& name) {
-    return testing::TempDir() + name;
+// Tests run side by side.
+std::string pageFile() {
+    return testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name() +
+           ".html";
 }
 
 std::string contentOf(const std::string& file) {
@@ -47,7 +49,7 @@ std::string contentOf(const std::string& file) {
 class Page {
   public:
     explicit Page(const Recording& recording) {
-        const std::string file = path("trace.html");
+        const std::string file = pageFile();
         EXPECT_TRUE(recording.writeHtml(file)) << file;
         text = contentOf(file);
         const std::string begin = "id=\"recording\">";
@@ -189,6 +191,13 @@ TEST(RecordingTest, AnEffectLeadsBackToItsCause) {
                     "coreServices call: getTransactionEnquiry", "mainQueue turn: turn",
                     "upiApp active: the customer is back", "upiApp open: opens: testkit-opens",
                     HasSubstr("page message: says openUpiIntent: {")));
+    EXPECT_EQ(page.chain("remembers").at(1), "upiApp opened: came to the front");
+    EXPECT_EQ(page.chain("JavaScript executed").at(1), "page scriptAnswer: script answers null");
+    EXPECT_EQ(shop->told, 1);
+    shop.reset();
+    kit.openCheckout();
+    kit.pageAnswersUnreadably();
+    EXPECT_NE(Page(recording).find("nobody is left to be told"), nullptr);
 }
 
 TEST(RecordingTest, KeepsNoSecretAndNoMoreThanItsBounds) {
@@ -236,8 +245,17 @@ TEST(RecordingTest, TellsOfAnswersThatComeLateOrNever) {
     port.scheduler().advanceBy(2);
     std::exchange(delegate->questions, {})[0](platform::WKNavigationActionPolicy::allow);
     port.scheduler().settle();
+    const auto navigate = [&](const char* address) {
+        port.web().page().navigate(address);
+        port.scheduler().settle();
+        delegate->questions.clear();
+    };
+    ask("https://pay.example/refused");
+    std::exchange(delegate->questions, {})[0](platform::WKNavigationActionPolicy::cancel);
+    navigate("https://pay.example/own");
     ask("https://pay.example/never");
     delegate->questions.clear();
+    navigate("https://pay.example/other");
     const Page page(recording);
     const auto decision = [&](const char* question) {
         return Page::textOf(*page.find(question)->at("data").dictionary(), "decision");
@@ -245,6 +263,8 @@ TEST(RecordingTest, TellsOfAnswersThatComeLateOrNever) {
     EXPECT_EQ(decision("go to https://pay.example/late"), "allowed");
     EXPECT_EQ(decision("go to https://pay.example/never"), "never answered");
     EXPECT_EQ(*page.find("answers the page's question: allowed")->at("seconds").number(), 2.0);
+    for (const char* own : {"go to https://pay.example/own", "go to https://pay.example/other"})
+        EXPECT_THAT(page.chain(own), testing::SizeIs(1));
     EXPECT_THAT(
         page.chain("has loaded"),
         ElementsAre("page finished: has loaded", "page load: is to load https://pay.example/late"));
@@ -299,7 +319,7 @@ TEST(RecordingTest, OtherThreadsMayReportWhenItEnds) {
 }
 
 TEST(OnFailureTest, WritesThePageOnlyWhenTheTestFailed) {
-    const std::string file = path("on_failure.html");
+    const std::string file = pageFile();
     for (const bool fails : {false, true}) {
         std::filesystem::remove(file);
         CheckoutTestKit kit;

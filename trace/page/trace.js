@@ -113,6 +113,11 @@ function toggleLane(lane) {
   drawArrows(chosen);
 }
 
+// A chunk that comes near is laid out and moves what the arrows point to, in the frame after.
+function drawArrowsSoon() {
+  requestAnimationFrame(() => requestAnimationFrame(() => drawArrows(chosen)));
+}
+
 // --- the chosen entry
 
 function choose(entry, { focus = true } = {}) {
@@ -138,6 +143,7 @@ function choose(entry, { focus = true } = {}) {
   }
   if (stop) stop.tabIndex = 0;
   drawArrows(chosen);
+  drawArrowsSoon();
 }
 
 function linkTo(entry) {
@@ -305,7 +311,6 @@ document.getElementById("next").addEventListener("click", () => moveToMatch(1));
 document.getElementById("help").addEventListener("click", keys["?"]);
 document.getElementById("lines").addEventListener("click", keys.c);
 new ResizeObserver(([{ target }]) => document.body.style.setProperty("--top", `${target.offsetHeight}px`)).observe(document.getElementById("top"));
-new ResizeObserver(() => drawArrows(chosen)).observe(document.getElementById("timeline"));
 
 // --- beginning
 
@@ -328,3 +333,5 @@ document.getElementById("end").textContent =
 makeRows();
 arrangeLanes();
 choose(null);
+const sizes = new ResizeObserver(drawArrowsSoon);
+for (const chunk of rows.children) sizes.observe(chunk);

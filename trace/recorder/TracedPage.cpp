@@ -62,12 +62,18 @@ std::optional<std::string> postedText(std::string_view script) {
 template <class Answer>
 class Question {
   public:
-    Question(std::shared_ptr<Log> log, EntryId entry, std::function<void(Answer)> answer)
-        : log_(std::move(log)), entry_(entry), answer_(std::move(answer)) {}
+    Question(std::shared_ptr<Log> log, EntryId entry, std::function<void(Answer)> answer,
+             std::function<void()> dropped = {})
+        : log_(std::move(log)),
+          entry_(entry),
+          answer_(std::move(answer)),
+          dropped_(std::move(dropped)) {}
     Question(const Question&) = delete;
     Question& operator=(const Question&) = delete;
     ~Question() {
-        if (!isAnswered_) log_->amend(entry_, "decision", "never answered");
+        if (isAnswered_) return;
+        log_->amend(entry_, "decision", "never answered");
+        if (dropped_) dropped_();
     }
 
     // Returned from the report that asked.
@@ -84,6 +90,7 @@ class Question {
     const std::shared_ptr<Log> log_;
     const EntryId entry_;
     const std::function<void(Answer)> answer_;
+    const std::function<void()> dropped_;
     bool isAnswered_ = false;
     bool isLate_ = false;
 };
@@ -107,13 +114,17 @@ class TracedEvents : public WebPageDelegate, public std::enable_shared_from_this
                                          "may it go to " + textOf(url),
                                          {{"url", url ? Value(url->absoluteString()) : Value()}}},
                                         isOfLoad ? navigation_ : 0);
+        const auto decided = [life = weak_from_this(), asked,
+                              isOfLoad](NavigationDecision decision) {
+            if (const auto self = life.lock()) self->decided(asked, isOfLoad, decision);
+        };
         const auto question = std::make_shared<Question<NavigationDecision>>(
             log_, asked,
-            [life = weak_from_this(), asked, isOfLoad,
-             decide = std::move(decide)](NavigationDecision decision) {
-                if (const auto self = life.lock()) self->decided(asked, isOfLoad, decision);
+            [decided, decide = std::move(decide)](NavigationDecision decision) {
+                decided(decision);
                 decide(decision);
-            });
+            },
+            [decided] { decided(NavigationDecision::cancel); });
         const auto view = view_.lock();
         const Cause inside(*log_, asked);
         if (view) {

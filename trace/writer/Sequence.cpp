@@ -9,10 +9,9 @@
 #include <vector>
 
 #include "platform/foundation/Data.h"
+#include "platform/foundation/Value.h"
 
 namespace zorvik::trace {
-
-using platform::Value;
 
 namespace {
 
