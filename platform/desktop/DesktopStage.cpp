@@ -94,9 +94,9 @@ void DesktopStage::hide(UIViewController& presented, bool animated, std::functio
     }
     DesktopScreen& screen = **place;
     screen.leave();
+    // The keyboard may belong to another of their views than when they were covered.
     for (const auto& other : screens_)
-        other
-            ->follow();  // the keyboard may belong to another of its views than when it was covered
+        other->follow();
     if (animated) screen.slide(screen.offset(), 1);
     screen.runLater(animated ? DesktopScreen::slideSeconds : 0,
                     [this, controller = screen.controller, hidden = std::move(hidden)] {

@@ -15,7 +15,7 @@ namespace {
 
 constexpr double leastTouchableAlpha = 0.01;
 constexpr Size smallestTouch{88, 44};  // points, as is all below
-constexpr double besideTitle = 16;
+constexpr Size aroundTitle{32, 12};
 constexpr double panelMargin = 16;
 
 bool isTouchable(const UIView& view) {
@@ -41,9 +41,9 @@ bool isOfBlocks(const UIView& view) {
 
 Size touchSize(const UIView& button) {
     const Rect& frame = button.frame();
-    const double title = button.intrinsicContentSize(0).value_or(Size{}).width;
-    return {std::max({frame.width, smallestTouch.width, title + 2 * besideTitle}),
-            std::max(frame.height, smallestTouch.height)};
+    const Size own = button.intrinsicContentSize(0).value_or(Size{});
+    return {std::max({frame.width, smallestTouch.width, own.width + aroundTitle.width}),
+            std::max({frame.height, smallestTouch.height, own.height + aroundTitle.height})};
 }
 
 }  // namespace
@@ -191,10 +191,12 @@ Placement ViewTree::placementOf(Node& node, const UIView& view) {
         top = std::min(top, subview->frame().y);
         bottom = std::max(bottom, subview->frame().y + subview->frame().height);
     }
+    placement.content = {0, node.frame.height};
+    node.shift = 0;
+    if (top >= 0 && bottom <= node.frame.height) return placement;
     const double height = std::max(node.frame.height, bottom - top + 2 * panelMargin);
+    placement.content.height = height;
     node.shift = std::max(panelMargin - top, std::min(0.0, height - panelMargin - bottom));
-    if (top >= panelMargin && bottom <= node.frame.height - panelMargin) node.shift = 0;
-    placement.content = {0, height};
     return placement;
 }
 

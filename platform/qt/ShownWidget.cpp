@@ -52,7 +52,7 @@ std::unique_ptr<QScrollArea> makeScroller(ViewKind kind, QWidget& parent) {
     if (kind == ViewKind::placeholder) {
         speak(*scroller, {QAccessible::StatusBar, desktop::loadingName, true, true});
     } else if (kind == ViewKind::panel) {
-        speak(*scroller, {QAccessible::AlertMessage, {}, false, false});
+        speak(*scroller, {QAccessible::AlertMessage, {}});
         scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         QScrollArea* const self = scroller.get();
         const auto showFocus = [self] {
@@ -131,7 +131,7 @@ void ShownWidget::put(desktop::ShownView& subview, desktop::ShownView* /*previou
 }
 
 void ShownWidget::follow(UIView& view, const desktop::Circumstances& circumstances) {
-    const bool wasReached = std::exchange(isReached_, circumstances.isReached);
+    isReached_ = circumstances.isReached;
     isVisible_ = !view.isHidden() && (parent_ == nullptr || parent_->isVisible_);
     background_ = view.backgroundColor();
     cornerRadius_ = view.cornerRadius();
@@ -145,7 +145,8 @@ void ShownWidget::follow(UIView& view, const desktop::Circumstances& circumstanc
         block.setAccessibleDescription(toQString(desktop::panelText(view)));
     }
     if (scroller_ != nullptr) followScroller(view);
-    if (kind_ == ViewKind::panel) followPanel(view, wasReached);
+    if (kind_ == ViewKind::panel)
+        speak(*scroller_, {QAccessible::AlertMessage, toQString(desktop::panelText(view))});
     if (kind_ == ViewKind::web) followPage(view);
     show();
 }
@@ -174,14 +175,6 @@ void ShownWidget::followScroller(const UIView& view) {
     scroller_->setVisible(isVisible_);
     scroller_->setAttribute(Qt::WA_TransparentForMouseEvents, !isReached_);
     setMute(*scroller_, !isReached_);
-}
-
-void ShownWidget::followPanel(const UIView& view, bool wasReached) {
-    const QString text = toQString(desktop::panelText(view));
-    const bool isNew = !wasReached || text != panelText_;
-    panelText_ = text;
-    speak(*scroller_, {QAccessible::AlertMessage, text, false, false});
-    if (isReached_ && isNew) announce(*scroller_);
 }
 
 void ShownWidget::followPage(const UIView& view) {
@@ -231,9 +224,7 @@ void ShownWidget::setOpacity(double opacity) {
 
 void ShownWidget::takeFocus() {
     QWidget* const widget = kind_ == ViewKind::web ? page_.data() : &block_->widget();
-    if (widget == nullptr) return;
-    widget->setFocus(Qt::OtherFocusReason);
-    if (parent_ != nullptr && parent_->scroller_) parent_->scroller_->ensureWidgetVisible(widget);
+    if (widget != nullptr) widget->setFocus(Qt::OtherFocusReason);
 }
 
 void ShownWidget::show() {

@@ -33,7 +33,6 @@ class ShownWidget : public desktop::ShownView {
     void followText(const UIView& view);
     void followScroller(const UIView& view);
     void followPage(const UIView& view);
-    void followPanel(const UIView& view, bool wasReached);
     void show();
     void placePage(bool isSeen);
 
@@ -52,7 +51,6 @@ class ShownWidget : public desktop::ShownView {
     double opacity_ = 1;
     bool isVisible_ = true;
     bool isReached_ = false;
-    QString panelText_;  // as told to readers
 };
 
 }  // namespace zorvik::platform::qt

@@ -45,11 +45,6 @@ class Voice : public QAccessibleWidget {
     }
 };
 
-void tell(QWidget& widget, QAccessible::Event what) {
-    QAccessibleEvent event(&widget, what);
-    QAccessible::updateAccessibility(&event);
-}
-
 }  // namespace
 
 void speak(QWidget& widget, const Spoken& spoken) {
@@ -64,15 +59,12 @@ void speak(QWidget& widget, const Spoken& spoken) {
     const QVariant before = widget.property(spokenKey);
     if (before.isValid() && before.value<Spoken>() == spoken) return;
     widget.setProperty(spokenKey, QVariant::fromValue(spoken));
-    if (before.isValid()) tell(widget, QAccessible::NameChanged);
+    QAccessibleEvent event(&widget, QAccessible::NameChanged);
+    QAccessible::updateAccessibility(&event);
 }
 
 void setMute(QWidget& widget, bool isMute) {
     if (widget.property(muteKey).toBool() != isMute) widget.setProperty(muteKey, isMute);
-}
-
-void announce(QWidget& widget) {
-    tell(widget, QAccessible::Alert);
 }
 
 }  // namespace zorvik::platform::qt

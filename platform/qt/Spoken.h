@@ -22,7 +22,5 @@ struct Spoken {
 void speak(QWidget& widget, const Spoken& spoken);
 // A mute child of such a widget is not found, nor is what is in it.
 void setMute(QWidget& widget, bool isMute);
-// Tells a reader at once that the widget came up.
-void announce(QWidget& widget);
 
 }  // namespace zorvik::platform::qt

@@ -88,7 +88,7 @@ class DesktopPortTest : public testing::Test {
     }
     Picture picture() {
         const std::string path = std::string(std::getenv("XDG_CACHE_HOME")) + "/picture.png";
-        EXPECT_TRUE(platform->savePng(window, path));
+        EXPECT_TRUE(askUntil([&] { return platform->savePng(window, path); }));
         return Picture(path);
     }
     // The customer's mouse and keyboard.

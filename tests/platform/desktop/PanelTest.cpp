@@ -55,6 +55,7 @@ class PanelScreen : public UIViewController {
         button->setTitle("Retry & more");
         button->setTarget(std::weak_ptr(std::static_pointer_cast<PanelScreen>(shared_from_this())),
                           &PanelScreen::retry);
+        panel->addSubview(makeOnMainThread<UIView>(Rect{9, 9, 9, 9}));
         for (const auto& part : {std::shared_ptr<UIView>(label), std::shared_ptr<UIView>(button)}) {
             part->setTranslatesAutoresizingMaskIntoConstraints(false);
             panel->addSubview(part);
@@ -93,10 +94,10 @@ class PanelScreen : public UIViewController {
 
 class PanelTest : public DesktopPortTest {
   protected:
-    // Where there is something else than white, in the window's points.
-    static Rect inkOf(const Picture& shown) {
+    // Where there is something else than white, from a height on.
+    static Rect inkOf(const Picture& shown, double from = 0) {
         int left = shown.width(), right = 0, top = shown.height(), bottom = 0;
-        for (int y = 0; y < shown.height(); ++y) {
+        for (int y = static_cast<int>(from); y < shown.height(); ++y) {
             for (int x = 0; x < shown.width(); ++x) {
                 if (shown.at(x, y) == Pixel{255, 255, 255}) continue;
                 left = std::min(left, x), right = std::max(right, x + 1);
@@ -125,6 +126,10 @@ TEST_F(PanelTest, AScreenReaderHearsWhatIsThereAndNothingElse) {
     screen->label->setText("Once more.");
     settle();
     EXPECT_EQ(heard(window).front(), "alert: Once more.");
+    screen->panel->setHidden(true);
+    screen->skeleton->addSubview(screen->label);
+    settle();
+    EXPECT_THAT(heard(window), ElementsAre("text: Once more.", "page focused"));
 }
 
 TEST_F(PanelTest, TheKeyboardGoesToThePanelsButtonAndBackToThePage) {
@@ -191,7 +196,9 @@ TEST_F(PanelTest, TextsFollowTheDesktopsScaleUncutAndScrollWhereThereIsNoRoom) {
     EXPECT_GT(large.height, 1.8 * small.height);
     EXPECT_TRUE(large.x >= label.x && large.y >= label.y) << large.x << " " << large.y;
     EXPECT_LE(large.x + large.width, label.x + label.width);
-    EXPECT_LE(large.y + large.height, button.y + button.height + 1);
+    const Rect ring = inkOf(picture(), button.y + 10);
+    EXPECT_NEAR(ring.width, button.width + 32, 2);
+    EXPECT_NEAR(ring.y + ring.height, button.y + button.height + 6, 1);
     const auto titleOf = [](const Picture& shown) {
         int blue = 0;
         for (int y = 0; y < shown.height(); ++y)
@@ -204,6 +211,11 @@ TEST_F(PanelTest, TextsFollowTheDesktopsScaleUncutAndScrollWhereThereIsNoRoom) {
     EXPECT_GT(titleOf(picture()), 0.9 * title) << "what has the focus is in sight";
     xdotool("key Prior");
     EXPECT_LT(titleOf(picture()), 0.5 * title) << "and so is the text, for who scrolls";
+    screen->panel->setHidden(true);
+    settle();
+    screen->ask(text);
+    settle();
+    EXPECT_GT(titleOf(picture()), 0.9 * title) << "also the next time";
     beOfSize({520, 400});
     setTextScale(1);
     settle();

@@ -28,7 +28,8 @@ bool is(GtkAccessible* accessible, GtkAccessibleState state) {
 
 void hear(GtkWidget* widget, std::vector<std::string>& lines) {
     GtkAccessible* const accessible = GTK_ACCESSIBLE(widget);
-    if (!gtk_widget_get_mapped(widget) || is(accessible, GTK_ACCESSIBLE_STATE_HIDDEN)) return;
+    if (!gtk_widget_get_mapped(widget) || !gtk_widget_is_sensitive(widget)) return;
+    if (is(accessible, GTK_ACCESSIBLE_STATE_HIDDEN)) return;
     const std::pair<GtkAccessibleRole, const char*> roles[] = {
         {GTK_ACCESSIBLE_ROLE_ALERT, "alert"},          {GTK_ACCESSIBLE_ROLE_STATUS, "status"},
         {GTK_ACCESSIBLE_ROLE_LABEL, "text"},           {GTK_ACCESSIBLE_ROLE_BUTTON, "button"},
@@ -37,7 +38,9 @@ void hear(GtkWidget* widget, std::vector<std::string>& lines) {
     std::string line;
     for (const auto& [role, name] : roles)
         if (gtk_test_accessible_has_role(accessible, role)) line = name;
-    if (G_OBJECT_TYPE_NAME(widget) == std::string_view("WebKitWebView")) line = "page";
+    const char* const type = G_OBJECT_TYPE_NAME(widget);
+    if (type == std::string_view("WebKitWebView")) line = "page";
+    if (line.empty() && gtk_widget_get_first_child(widget) == nullptr) line = type;
     if (!line.empty()) {
         const std::string name = textOf(accessible, GTK_ACCESSIBLE_PROPERTY_LABEL);
         const std::string description = textOf(accessible, GTK_ACCESSIBLE_PROPERTY_DESCRIPTION);

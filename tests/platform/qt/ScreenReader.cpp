@@ -17,6 +17,7 @@ void hear(const QAccessibleInterface& part, std::vector<std::string>& lines) {
     if (part.role() == QAccessible::StaticText) line = "text";
     if (part.role() == QAccessible::Button) line = "button";
     if (isPage) line = "page";
+    if (line.empty() && part.childCount() == 0) line = "nothing";
     if (!line.empty()) {
         if (!text(QAccessible::Name).empty()) line += ": " + text(QAccessible::Name);
         if (!text(QAccessible::Description).empty())
@@ -37,6 +38,7 @@ void hear(const QAccessibleInterface& part, std::vector<std::string>& lines) {
 
 std::vector<std::string> heard(void* window) {
     std::vector<std::string> lines;
+    std::fprintf(stderr, "active %d\n", QAccessible::isActive());
     hear(*QAccessible::queryAccessibleInterface(static_cast<QWidget*>(window)), lines);
     return lines;
 }
