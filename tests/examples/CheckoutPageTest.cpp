@@ -1,14 +1,15 @@
 // The checkout page's own logic and its keyboard path, in the real engine.
 #include "tests/examples/CheckoutPageTest.h"
 
-#include "platform/foundation/Data.h"
 #include "platform/foundation/URLComponents.h"
 
 namespace zorvik::tests {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
-using testing::HasSubstr;
+using testing::EndsWith;
+using testing::StartsWith;
 
 // What the customer is shown: the view, the notice or the dialog on it, and what has the focus.
 constexpr const char* shown = R"js((() => {
@@ -124,9 +125,12 @@ TEST_F(PageTest, EveryMessageOfTheApplicationHasItsAnswer) {
         expectShown(row.after);
     }
     open();
+    const std::string crossed = "document.getElementById('inspector-count').textContent";
+    const std::string before = evaluate(crossed);
     evaluate(std::string("dispatchEvent(new MessageEvent('message', {data: '") + backAction +
              "'}))");
     expectShown("methods |  | ");  // it was a frame's
+    EXPECT_EQ(evaluate(crossed), before);
 }
 
 TEST_F(PageTest, AProblemWithACardIsTiedToItsField) {
@@ -197,8 +201,15 @@ TEST_F(PageTest, ACardIsPaidWithTheKeyboardAlone) {
 TEST_F(PageTest, AnAppIsPickedAndTheQuestionToLeaveAnsweredWithTheKeyboardAlone) {
     open();
     press("Tab Tab Tab Return", "waiting |  | waiting-title");
-    ASSERT_THAT(recorder->events, ElementsAre(HasSubstr(R"("package_name":"demo.nilgiri.pay")")));
+    ASSERT_THAT(
+        recorder->events,
+        ElementsAre(AllOf(
+            StartsWith(R"(openUpiIntent string {"url":"zorvik-demo-nilgiri://pay?pa=)"),
+            EndsWith(R"(","package_name":"demo.nilgiri.pay","transactionId":"TXN000000001"})"))));
     press("Tab", "waiting |  | open-again");
+    receive(R"({"transaction_enquiry_api_response":"","upi_intent_back_response":"close"})");
+    waitFor("document.getElementById('waiting-text').textContent.includes('not been confirmed')");
+    expectShown("waiting |  | open-again");
     press("Tab space", closed + "methods-title");
     press("Tab", closed + "demo.nilgiri.pay");
     receive(backAction);
@@ -237,8 +248,13 @@ TEST_F(PageTest, TheInspectorShowsWhatCrossedAndIsReachedWithTheKeyboard) {
     receive("{}");
     waitFor("document.querySelectorAll('#inspector li').length === 4");
     EXPECT_EQ(evaluate("document.querySelectorAll('#inspector details[open]').length"), "2");
+    const std::string isOpen =
+        "`${!document.getElementById('inspector').hidden} "
+        "${document.getElementById('inspector-toggle').ariaExpanded}`";
+    EXPECT_EQ(evaluate(isOpen), "true true");
+    press("shift+Tab shift+Tab shift+Tab", closed + "inspector-close");
     press("Return", closed + "inspector-toggle");
-    EXPECT_EQ(evaluate("document.getElementById('inspector').hidden"), "true");
+    EXPECT_EQ(evaluate(isOpen), "false false");
     // Opened by the address, and open for the pages that follow, with what crossed before.
     for (const char* address : {"&x#inspector", "&y"}) {
         load("/checkout?token=" + token + address);
@@ -248,13 +264,17 @@ TEST_F(PageTest, TheInspectorShowsWhatCrossedAndIsReachedWithTheKeyboard) {
 
 TEST_F(PageTest, UntilTheOrderIsThereThePageHasTheSkeletonsColours) {
     open();
-    const auto ground = [&] { return picture().at(195, 700); };
+    // Black while the window is being drawn.
+    const auto pixel = [&](int y) {
+        const std::string path = std::string(std::getenv("XDG_CACHE_HOME")) + "/page.png";
+        return platform->savePng(window, path) ? Picture(path).at(195, y) : Pixel{};
+    };
     setDesktop("gtk-application-prefer-dark-theme", 1);
-    orderLatency = 1500;
+    orderLatency = 1200;
     load("/checkout?token=" + token);
-    EXPECT_TRUE(askUntil([&] { return ground() == Pixel{255, 255, 255}; }));
-    EXPECT_EQ(picture().at(195, 150), (Pixel{0xE0, 0xE0, 0xE0})) << "a block";
-    EXPECT_TRUE(askUntil([&] { return ground() == Pixel{16, 22, 28}; }));
+    const Pixel white{255, 255, 255}, grey{0xE0, 0xE0, 0xE0}, dark{16, 22, 28};
+    EXPECT_TRUE(askUntil([&] { return pixel(150) == grey && pixel(700) == white; }));
+    EXPECT_TRUE(askUntil([&] { return pixel(700) == dark; }));
 }
 
 }  // namespace
