@@ -1,31 +1,87 @@
 #include "examples/common/GtkPieces.h"
 
+#include <string_view>
+
 namespace zorvik::demo {
 
 namespace {
 
+constexpr const char* lightColors = R"css(
+@define-color paper #f5f6f8;
+@define-color sheet #ffffff;
+@define-color ink #17212d;
+@define-color quiet #566273;
+@define-color edge #dfe4ea;
+@define-color hover #e9edf1;
+@define-color outline #8793a1;
+@define-color off #d8dee5;
+@define-color off_ink #566273;
+@define-color good #0b6560;
+@define-color bad #a3261b;
+@define-color focus #2b6cb0;
+)css";
+constexpr const char* darkColors = R"css(
+@define-color paper #12171d;
+@define-color sheet #1b222b;
+@define-color ink #e8ecf1;
+@define-color quiet #a8b4c1;
+@define-color edge #323d49;
+@define-color hover #27313c;
+@define-color outline #76838f;
+@define-color off #2a343f;
+@define-color off_ink #a8b4c1;
+@define-color good #5cc2b8;
+@define-color bad #ff9a8f;
+@define-color focus #8abdf5;
+)css";
+
+// Sizes of type in points: they follow the desktop's text scale, which pixels do not.
 constexpr const char* sharedRules = R"css(
-window { background: #f5f6f8; color: #17212d; }
+window { background: @paper; color: @ink; font-size: 11pt; }
 .head { background: @accent; color: #ffffff; padding: 18px 20px; }
-.head .monogram { background: alpha(#ffffff, 0.18); border-radius: 12px; font-weight: 700; }
-.head .name { font-weight: 700; font-size: 17px; }
-.card { background: #ffffff; border: 1px solid #dfe4ea; border-radius: 16px; padding: 22px 20px; }
-.quiet { color: #566273; }
-.small { font-size: 13px; }
-.heading { font-weight: 700; font-size: 19px; }
-.amount { font-weight: 750; font-size: 40px; padding: 14px 0 10px 0; }
-.rows { border-top: 1px solid #e6eaef; padding-top: 14px; margin-top: 10px; }
-.good { color: #0b6560; }
-.bad { color: #a3261b; }
-button { background: none; border: none; box-shadow: none; border-radius: 12px; min-height: 48px; font-size: 15px; font-weight: 650; color: #2b3949; }
-button:hover { background: #e9edf1; }
+.head .monogram { background: alpha(#ffffff, 0.18); border-radius: 12px; font-size: 14px; font-weight: 700; }
+.head .name { font-weight: 700; font-size: 12.75pt; }
+.card { background: @sheet; border: 1px solid @edge; border-radius: 16px; padding: 22px 20px; }
+.quiet { color: @quiet; }
+.small { font-size: 9.75pt; }
+.heading { font-weight: 700; font-size: 14.25pt; }
+.amount { font-weight: 750; font-size: 30pt; padding: 14px 0 10px 0; }
+.rows { border-top: 1px solid @edge; padding-top: 14px; margin-top: 10px; }
+.good { color: @good; }
+.bad { color: @bad; }
+button { background: none; border: none; box-shadow: none; border-radius: 12px; min-height: 48px; font-size: 11.25pt; font-weight: 650; color: @ink; }
+button:hover { background: @hover; }
 button.primary { background: @accent; color: #ffffff; }
 button.primary:hover { background: shade(@accent, 0.88); }
-button.primary:disabled { background: #d8dee5; color: #5a6675; }
-button.outlined { border: 1px solid #aab4c0; background: #ffffff; }
-button.outlined:hover { background: #f0f3f6; }
-button:focus-visible { outline: 3px solid #2b6cb0; outline-offset: 2px; }
+button.primary:disabled { background: @off; color: @off_ink; }
+button.outlined { border: 1px solid @outline; background: @sheet; }
+button.outlined:hover { background: @hover; }
+button:focus-visible { outline: 3px solid @focus; outline-offset: 2px; }
 )css";
+
+// scripts/demo stands for the settings of a desktop, which a bare X server has not.
+void takeSettings() {
+    const char* look = g_getenv("ZORVIK_DEMO_LOOK");
+    if (look && std::string_view(look) == "dark") {
+        g_object_set(gtk_settings_get_default(), "gtk-application-prefer-dark-theme", TRUE,
+                     nullptr);
+    }
+    const char* scale = g_getenv("ZORVIK_DEMO_TEXT_SCALE");
+    if (scale && std::string_view(scale) != "1") {
+        const int dotsPerInch = static_cast<int>(g_ascii_strtod(scale, nullptr) * 96 * PANGO_SCALE);
+        g_object_set(gtk_settings_get_default(), "gtk-xft-dpi", dotsPerInch, nullptr);
+    }
+}
+
+// Whatever told the desktop so: its own theme's background.
+bool isDark(GtkWidget* widget) {
+    GdkRGBA background;
+    if (!gtk_style_context_lookup_color(gtk_widget_get_style_context(widget), "theme_bg_color",
+                                        &background)) {
+        return false;
+    }
+    return background.red + background.green + background.blue < 1.5F;
+}
 
 using Function = std::function<void()>;
 
@@ -41,8 +97,13 @@ std::string initials(const std::string& name) {
 }  // namespace
 
 void addStyleSheet(const std::string& accent, const std::string& rules) {
+    takeSettings();
+    GtkWidget* asked = gtk_label_new(nullptr);
+    g_object_ref_sink(asked);
+    const std::string css = "@define-color accent " + accent + ";" +
+                            (isDark(asked) ? darkColors : lightColors) + sharedRules + rules;
+    g_object_unref(asked);
     GtkCssProvider* provider = gtk_css_provider_new();
-    const std::string css = "@define-color accent " + accent + ";" + sharedRules + rules;
     gtk_css_provider_load_from_data(provider, css.c_str(), -1);
     gtk_style_context_add_provider_for_display(gdk_display_get_default(),
                                                GTK_STYLE_PROVIDER(provider),
@@ -54,6 +115,7 @@ GtkWidget* label(const std::string& text, std::initializer_list<const char*> sty
     GtkWidget* widget = gtk_label_new(text.c_str());
     gtk_label_set_wrap(GTK_LABEL(widget), TRUE);
     gtk_label_set_wrap_mode(GTK_LABEL(widget), PANGO_WRAP_WORD_CHAR);
+    gtk_label_set_justify(GTK_LABEL(widget), GTK_JUSTIFY_CENTER);
     for (const char* style : styles)
         gtk_widget_add_css_class(widget, style);
     return widget;
@@ -94,6 +156,9 @@ GtkWidget* head(const std::string& name) {
 
 GtkWidget* button(const std::string& text, const char* style, Function clicked) {
     GtkWidget* widget = gtk_button_new_with_label(text.c_str());
+    GtkLabel* words = GTK_LABEL(gtk_button_get_child(GTK_BUTTON(widget)));
+    gtk_label_set_wrap(words, TRUE);
+    gtk_label_set_justify(words, GTK_JUSTIFY_CENTER);
     gtk_widget_add_css_class(widget, style);
     g_signal_connect_data(
         widget, "clicked",

@@ -11,7 +11,9 @@ namespace zorvik::demo {
 // Small pieces of the demonstration's windows. Main thread, unless a line says otherwise; widgets
 // are owned by what they are added to.
 
-// The look that all windows share, with this accent colour (#rrggbb), and more rules after it.
+// The look that all windows share, light or dark as the desktop is now, with this accent colour
+// (#rrggbb), and more rules after it. Those may use its colours: @paper, @sheet, @ink, @quiet,
+// @edge.
 void addStyleSheet(const std::string& accent, const std::string& rules = "");
 
 GtkWidget* label(const std::string& text, std::initializer_list<const char*> styles);

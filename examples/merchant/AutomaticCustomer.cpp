@@ -3,7 +3,7 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <string>
 
 #include "platform/foundation/JSONSerialization.h"
 #include "platform/runtime/Environment.h"
@@ -14,6 +14,7 @@ namespace {
 
 constexpr double patienceSeconds = 20;
 constexpr double lookSeconds = 0.06;
+constexpr double settleSeconds = 0.7;
 
 using platform::Environment;
 using platform::UIView;
@@ -58,8 +59,11 @@ std::string waitedFor(const Step& step) {
         case press:
             return "a button \"" + step.text + "\"";
         case dieAtHandOff:
-        case seeHandOff:
             return "the hand-off to a UPI app";
+        case seeApp:
+            return "a UPI app";
+        case seeBack:
+            return "the return from a UPI app";
         default:
             return "the next step";
     }
@@ -83,6 +87,7 @@ void AutomaticCustomer::start(std::function<void(const std::string&)> stuck) {
 void AutomaticCustomer::next() {
     if (steps_.empty()) return;
     if (attempt(steps_.front())) {
+        if (!steps_.front().story.empty()) surroundings_.tell(steps_.front().story);
         steps_.pop_front();
         stepStart_ = Environment::scheduler().steadySeconds();
         hasAnswer_ = false;
@@ -103,7 +108,10 @@ bool AutomaticCustomer::attempt(const Step& step) {
             if (!hasAnswer_) look("!!(" + step.text + ")");
             return hasAnswer_;
         case click:
-            if (!hasAnswer_) look(findScript(step.text, "found.click()"));
+            if (!hasAnswer_) look(findScript(step.text, ""));
+            // The story tells of the click before what comes of it.
+            if (hasAnswer_ && page())
+                page()->evaluateJavaScript(findScript(step.text, "found.click()"), {});
             return hasAnswer_;
         case fill:
             if (!hasAnswer_) {
@@ -112,9 +120,6 @@ bool AutomaticCustomer::attempt(const Step& step) {
                                     "; found.dispatchEvent(new Event('input', {bubbles: true}))"));
             }
             return hasAnswer_;
-        case pay:
-            surroundings_.pay();
-            return true;
         case seeScreen:
             return page() != nullptr;
         case seeButton:
@@ -128,14 +133,18 @@ bool AutomaticCustomer::attempt(const Step& step) {
             this->setFault(step);
             return hasAnswer_;
         case savePng:
-            return surroundings_.savePng(step.text);
-        case wait:
-            return secondsInStep() > std::strtod(step.text.c_str(), nullptr);
-        case seeHandOff:
-            return surroundings_.isHandedOff();
+            if (!surroundings_.takesPictures) return true;
+            // A picture shows what it means to once the screen's fades have ended.
+            return secondsInStep() > (step.value.empty() ? settleSeconds : std::stod(step.value)) &&
+                   surroundings_.savePng(step.text);
+        case seeApp:
+            return surroundings_.isInApp();
+        case seeBack:
+            return !surroundings_.isInApp();
         case dieAtHandOff:
-            if (surroundings_.isHandedOff()) kill(getpid(), SIGKILL);
-            return false;
+            if (!surroundings_.isHandedOff()) return false;
+            surroundings_.tell(step.story);
+            kill(getpid(), SIGKILL);
     }
     return true;
 }

@@ -18,12 +18,14 @@ class AutomaticCustomer {
     struct Surroundings {
         Desktop& desktop;
         std::function<bool(const std::string& name)> savePng;  // false: not yet
-        std::function<void()> pay;
+        bool takesPictures;
+        std::function<void(const std::string& story)> tell;
         std::function<void()> deviceBack;
         // Calls `done` in a later turn, once the back end has taken the fault over.
         std::function<void(const std::string& fault, bool isOn, std::function<void()> done)>
             setFault;
-        std::function<bool()> isHandedOff;  // whether a UPI app was opened and the record written
+        std::function<bool()> isHandedOff;  // whether the record of a hand-off is written
+        std::function<bool()> isInApp;      // whether a UPI app has opened and was not left yet
     };
 
     AutomaticCustomer(std::vector<Step> steps, Surroundings surroundings);

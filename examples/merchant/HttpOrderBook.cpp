@@ -2,6 +2,7 @@
 
 #include "examples/common/HttpClient.h"
 #include "examples/common/OrderRecordJSON.h"
+#include "trace/Recording.h"
 
 namespace zorvik::demo {
 
@@ -12,7 +13,15 @@ using development::Payment;
 using platform::Dictionary;
 using platform::Result;
 
-Result<OrderRecord> HttpOrderBook::orderFrom(const Result<Dictionary>& answer) const {
+Result<OrderRecord> HttpOrderBook::ask(const char* what, const std::string& method,
+                                       const std::string& url,
+                                       const std::optional<Dictionary>& body) const {
+    const trace::Step asked(trace::Lane::coreServices, what, {{"request", method + " " + url}});
+    const auto answer = exchange(method, url, body);
+    const trace::Step answered(
+        trace::Lane::coreServices, what,
+        answer ? answer.value() : Dictionary{{"error", answer.error().localizedDescription}},
+        trace::Step::Kind::answer);
     if (!answer) return answer.error();
     return orderFromDictionary(answer.value());
 }
@@ -26,31 +35,31 @@ Result<OrderRecord> HttpOrderBook::create(const OrderDraft& draft) {
                     {"currency", draft.currency},
                     {"line_items", draft.lineItems}};
     if (draft.user) body["user"] = *draft.user;
-    return orderFrom(exchange("POST", backendUrl_ + "/api/orders", body));
+    return ask("create order", "POST", backendUrl_ + "/api/orders", body);
 }
 
 Result<OrderRecord> HttpOrderBook::updateDetails(const std::string& token,
                                                  const std::string& orderId,
                                                  const OrderDetails& details) {
-    return orderFrom(
-        exchange("POST", orderUrl(orderId) + "/details",
-                 Dictionary{{"token", token},
-                            {"callback_mode", details.callbackMode},
-                            {"referrer_platform", details.referrerPlatform},
-                            {"referrer_platform_version", details.referrerPlatformVersion}}));
+    return ask("update order", "POST", orderUrl(orderId) + "/details",
+               Dictionary{{"token", token},
+                          {"callback_mode", details.callbackMode},
+                          {"referrer_platform", details.referrerPlatform},
+                          {"referrer_platform_version", details.referrerPlatformVersion}});
 }
 
 Result<OrderRecord> HttpOrderBook::find(const std::string& token, const std::string& orderId) {
-    return orderFrom(exchange("GET", orderUrl(orderId) + "?token=" + percentEncoded(token)));
+    return ask("find order", "GET", orderUrl(orderId) + "?token=" + percentEncoded(token),
+               std::nullopt);
 }
 
 Result<OrderRecord> HttpOrderBook::recordPayment(const std::string& orderId,
                                                  const Payment& payment) {
-    return orderFrom(exchange("POST", orderUrl(orderId) + "/payments",
-                              Dictionary{{"transaction_id", payment.transactionId},
-                                         {"method", payment.method},
-                                         {"status", development::text(payment.status)},
-                                         {"message", payment.message}}));
+    return ask("record payment", "POST", orderUrl(orderId) + "/payments",
+               Dictionary{{"transaction_id", payment.transactionId},
+                          {"method", payment.method},
+                          {"status", development::text(payment.status)},
+                          {"message", payment.message}});
 }
 
 }  // namespace zorvik::demo

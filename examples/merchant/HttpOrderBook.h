@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "core/development/OrderBook.h"
@@ -23,8 +24,10 @@ class HttpOrderBook : public development::OrderBook {
         const std::string& orderId, const development::Payment& payment) override;
 
   private:
-    platform::Result<development::OrderRecord> orderFrom(
-        const platform::Result<platform::Dictionary>& answer) const;
+    // `what` is for a recording of the run.
+    platform::Result<development::OrderRecord> ask(
+        const char* what, const std::string& method, const std::string& url,
+        const std::optional<platform::Dictionary>& body) const;
     std::string orderUrl(const std::string& orderId) const;
 
     const std::string backendUrl_;

@@ -7,8 +7,10 @@
 
 namespace zorvik::demo {
 
-// What the demonstration prints: one line each, told apart by its first word, in the order in
+// What the shop's process prints: one line each, told apart by its first word, in the order in
 // which things happened, tokens and personal data shortened. Any thread; lines never mix.
+// scripts/demo numbers those of "step", shows the one of "outcome" and keeps the others for whoever
+// asks.
 void printLabelled(const std::string& label, const std::string& line);
 
 // Prints each event as a line of JSON.

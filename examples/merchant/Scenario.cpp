@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "examples/merchant/Shop.h"
+
 namespace zorvik::demo {
 
 namespace {
@@ -9,7 +11,7 @@ namespace {
 using enum Step::Action;
 using Steps = std::vector<Step>;
 
-constexpr double quickly = 1.5;
+constexpr double quickly = 0.8;
 constexpr double slowly = 6;  // beyond the five seconds that tell a quick return
 
 std::string appButton(const char* packageName) {
@@ -31,55 +33,65 @@ Steps operator+(Steps first, const Steps& second) {
     return first;
 }
 
-// A picture shows what it means to once the screen's fades have ended.
-const Step settle{wait, "0.7"};
-
-const Steps openScreen{{pay}, {seeScreen}, {wait, "0.45"}, {savePng, "skeleton"}};
-const Steps openPage = openScreen + Steps{{see, isShown("methods")}};
-
-// The first load finds no page; Retry does.
-const Steps openScreenOffline = Steps{{setFault, "pages_gone", "true"}} + openScreen +
-                                Steps{{seeButton, "Retry"},     settle,
-                                      {savePng, "error-panel"}, {setFault, "pages_gone", "false"},
-                                      {press, "Retry"},         {see, isShown("methods")}};
-
-Steps chooseApp(const char* packageName) {
-    return {{see, "!!document.querySelector('" + appButton(packageName) + "')"},
-            settle,
-            {savePng, "page"},
-            {click, appButton(packageName)}};
+Step tap(const char* selector, const char* what) {
+    return {click, selector, "", std::string("customer ") + what};
 }
 
-Steps pickApp(const char* packageName) {
-    return openPage + chooseApp(packageName);
+Step read(const char* words, const char* story) {
+    return {see, noticeSays(words), "", story};
+}
+
+const Step shopOpens{seeButton, payTitle(), "", "shop opens"};
+const Steps openShop{shopOpens, {savePng, "shop", "0.3"}, {press, payTitle()}};
+
+const Step screenOpens{seeScreen, "", "", "checkout screen opens"};
+// The skeleton has faded in, and no page is there yet.
+const Steps openScreen = openShop + Steps{screenOpens, {savePng, "skeleton", "0.45"}};
+const Steps openPage = openScreen + Steps{{see, isShown("methods"), "", "page is there"}};
+
+// The first load finds no page; Retry does.
+const Steps openScreenOffline =
+    Steps{{setFault, "pages_gone", "true"}} + openScreen +
+    Steps{{seeButton, "Retry", "", "page cannot be reached; the screen offers Retry"},
+          {savePng, "error-panel"},
+          {setFault, "pages_gone", "false"},
+          {press, "Retry", "", "customer presses Retry"},
+          {see, isShown("methods"), "", "page is there"}};
+
+Steps chooseApp(const char* packageName, const char* name) {
+    return {{see, "!!document.querySelector('" + appButton(packageName) + "')"},
+            {savePng, "page"},
+            {click, appButton(packageName), "", std::string("customer taps ") + name}};
+}
+
+Steps pickApp(const char* packageName, const char* name) {
+    return openPage + chooseApp(packageName, name);
 }
 
 Steps payByCard(const char* number) {
     return {{click, "#card-method summary"},
             {fill, "#card-number", number},
             {fill, "#card-expiry", "0830"},
-            {fill, "#card-cvv", "123"},
-            settle,
+            {fill, "#card-cvv", "123", "customer fills in a card"},
             {savePng, "card"},
-            {click, "#card-pay"}};
+            tap("#card-pay", "pays by card")};
 }
 
-const Steps payByBank{{click, "#bank-method summary"},
-                      {click, "#banks input"},
-                      settle,
-                      {savePng, "banks"},
-                      {click, "#bank-pay"},
-                      {see,
-                       "!!document.getElementById('approve') && "
-                       "!document.getElementById('approve').disabled"},
-                      settle,
-                      {savePng, "bank"},
-                      {click, "#approve"}};
+const Steps chooseBank{{click, "#bank-method summary"},
+                       {click, "#banks input"},
+                       {savePng, "banks"},
+                       tap("#bank-pay", "chooses a bank")};
 
-constexpr const char* nilgiri = "demo.nilgiri.pay";
-constexpr const char* tamarind = "demo.tamarind.upi";
-constexpr const char* lotuspond = "demo.lotuspond.wallet";
-constexpr const char* brassbell = "demo.brassbell.pay";
+const Steps payByBank = chooseBank + Steps{{see,
+                                            "!!document.getElementById('approve') && "
+                                            "!document.getElementById('approve').disabled",
+                                            "", "bank's page is there"},
+                                           {savePng, "bank"},
+                                           tap("#approve", "approves")};
+
+const Steps tapNilgiri = chooseApp("demo.nilgiri.pay", "Nilgiri Pay");
+const Steps pickNilgiri = openPage + tapNilgiri;
+const Steps pickTamarind = pickApp("demo.tamarind.upi", "Tamarind UPI");
 constexpr const char* goodCard = "9900000000000010";
 constexpr const char* badCard = "9900000000000028";
 
@@ -88,88 +100,88 @@ constexpr const char* badCard = "9900000000000028";
 const std::vector<Scenario>& scenarios() {
     static const std::vector<Scenario> all{
         {"tour", "no connection at first, Retry, then a UPI payment from start to finish", "pay",
-         quickly, openScreenOffline + chooseApp(nilgiri)},
+         quickly, "SUCCESS", openScreenOffline + tapNilgiri},
         {"upi-success", "the UPI app pays and returns by its address with status=success", "pay",
-         quickly, pickApp(nilgiri)},
+         quickly, "SUCCESS", pickNilgiri},
         {"upi-declined", "the UPI app declines: status=failure", "decline", quickly,
-         pickApp(nilgiri)},
+         "FAILURE (Declined in Nilgiri Pay)", pickNilgiri},
         {"upi-cancelled", "the UPI app cancels: status=cancelled", "cancel", quickly,
-         pickApp(nilgiri)},
+         "CANCELLED (Payment cancelled by user)", pickNilgiri},
         {"upi-unknown-status", "the UPI app returns with a status word nobody knows", "odd",
-         quickly, pickApp(nilgiri)},
+         quickly, "FAILURE (Unknown payment status)", pickNilgiri},
         {"upi-no-status", "a return address without a status but with a reference", "quiet",
-         quickly, pickApp(nilgiri)},
+         quickly, "SUCCESS", pickNilgiri},
         {"upi-empty-return", "a return address with neither status nor reference", "silent",
-         quickly, pickApp(nilgiri)},
-        {"upi-back", "the customer just goes back at once, then pays by card", "back", 1,
-         pickApp(nilgiri) +
+         quickly, "FAILURE (Unknown payment status)", pickNilgiri},
+        {"upi-back", "the customer just goes back at once, then pays by card", "back", 1, "SUCCESS",
+         pickNilgiri +
              Steps{{see,
                     "document.getElementById('waiting-text').textContent."
-                    "includes('not been confirmed')"},
-                   settle,
+                    "includes('not been confirmed')",
+                    "", "page was told of it: it says \"not confirmed yet\""},
                    {savePng, "came-back"},
-                   {click, "#choose-other"}} +
+                   tap("#choose-other", "chooses another way")} +
              payByCard(goodCard)},
         {"upi-extended", "the payment takes its time and ends in the response redirect", "pay",
-         slowly, pickApp(tamarind)},
+         slowly, "SUCCESS", pickTamarind},
         {"upi-pending", "the app says success, the enquiry says PENDING", "pending", quickly,
-         pickApp(nilgiri)},
-        {"upi-twice", "a second app is asked while the first is still open", "pay", 3,
-         pickApp(tamarind) + Steps{{seeHandOff},
-                                   {click, "#choose-other"},
-                                   {see, isShown("methods")},
-                                   {click, appButton(nilgiri)}}},
+         "UNKNOWN (PENDING)", pickNilgiri},
+        {"upi-twice", "a second app is asked while the first is still open", "pay", 2, "SUCCESS",
+         pickTamarind +
+             Steps{
+                 {seeApp}, tap("#choose-other", "chooses another way"), {see, isShown("methods")}} +
+             tapNilgiri},
         {"enquiry-fails", "the app says success, the enquiry fails", "pay", quickly,
-         Steps{{setFault, "enquiry_fails", "true"}} + pickApp(nilgiri)},
+         "FAILURE (Transaction enquiry failed)",
+         Steps{{setFault, "enquiry_fails", "true"}} + pickNilgiri},
         {"network-lost", "no network on the return; the page finds out once it is back", "pay",
-         slowly,
-         pickApp(tamarind) + Steps{{seeHandOff},
-                                   {setFault, "network_gone", "true"},
-                                   {see, noticeSays("No connection")},
-                                   settle,
-                                   {savePng, "no-connection"},
-                                   {setFault, "network_gone", "false"}}},
+         quickly, "SUCCESS",
+         pickTamarind + Steps{{seeApp},
+                              {setFault, "network_gone", "true", "network goes away"},
+                              {seeBack},
+                              read("No connection", "page says \"No connection\""),
+                              {savePng, "no-connection"},
+                              {setFault, "network_gone", "false", "network is back"}}},
         {"app-not-installed", "the chosen app is not installed; the customer pays at a bank", "pay",
-         quickly,
-         pickApp(lotuspond) +
-             Steps{{see, noticeSays("not installed")}, settle, {savePng, "not-installed"}} +
+         quickly, "SUCCESS",
+         pickApp("demo.lotuspond.wallet", "Lotuspond Wallet") +
+             Steps{read("not installed", "page was told: the app is not installed"),
+                   {savePng, "not-installed"}} +
              payByBank},
         {"launch-fails", "the chosen app cannot be opened; the customer pays by card", "pay",
-         quickly,
-         pickApp(brassbell) +
-             Steps{{see, noticeSays("could not be opened")}, settle, {savePng, "launch-failed"}} +
+         quickly, "SUCCESS",
+         pickApp("demo.brassbell.pay", "Brassbell Pay") +
+             Steps{read("could not be opened", "page was told: the app could not be opened"),
+                   {savePng, "launch-failed"}} +
              payByCard(goodCard)},
-        {"card", "a card payment", "pay", quickly,
-         openPage + Steps{settle, {savePng, "page"}} + payByCard(goodCard)},
-        {"card-declined", "a card is declined, the next one pays", "pay", quickly,
+        {"card", "a card payment", "pay", quickly, "SUCCESS",
+         openPage + Steps{{savePng, "page"}} + payByCard(goodCard)},
+        {"card-declined", "a card is declined, the next one pays", "pay", quickly, "SUCCESS",
          openPage + payByCard(badCard) +
-             Steps{{see, isShown("outcome-retry")},
-                   settle,
+             Steps{{see, isShown("outcome-retry"), "", "page says that the card is declined"},
                    {savePng, "declined"},
-                   {click, "#outcome-retry"}} +
-             Steps{{fill, "#card-number", goodCard}, {click, "#card-pay"}}},
+                   {click, "#outcome-retry"},
+                   {fill, "#card-number", goodCard, "customer fills in another card"},
+                   tap("#card-pay", "pays by card")}},
         {"bank", "a payment on a bank's own page; the response comes in base64", "pay", quickly,
-         openPage + Steps{settle, {savePng, "page"}} + payByBank},
+         "SUCCESS", openPage + Steps{{savePng, "page"}} + payByBank},
         {"unreachable", "the page cannot be reached; Retry, then a bank payment", "pay", quickly,
-         openScreenOffline + payByBank},
+         "SUCCESS", openScreenOffline + payByBank},
         {"device-back", "back from a bank's page, back on the page, then leaving without paying",
-         "pay", quickly,
-         openPage + Steps{{click, "#bank-method summary"},
-                          {click, "#banks input"},
-                          {click, "#bank-pay"},
-                          {see, "!!document.getElementById('approve')"},
-                          {deviceBack},
-                          {see, noticeSays("back at the checkout")},
-                          settle,
-                          {savePng, "browser-back"},
-                          {deviceBack},
-                          {see, "document.getElementById('leave').open"},
-                          settle,
-                          {savePng, "leave"},
-                          {click, "#leave-now"}}},
+         "pay", quickly, "CANCELLED",
+         openPage + chooseBank +
+             Steps{{see, "!!document.getElementById('approve')", "", "bank's page is there"},
+                   {deviceBack, "", "", "customer goes back"},
+                   read("back at the checkout", "page is back at the ways to pay"),
+                   {savePng, "browser-back"},
+                   {deviceBack, "", "", "customer goes back again"},
+                   {see, "document.getElementById('leave').open", "", "page asks whether to leave"},
+                   {savePng, "leave"},
+                   tap("#leave-now", "leaves without paying")}},
         {"killed-and-restarted",
-         "the merchant's process is killed after the hand-off and started again", "pay", 2,
-         pickApp(nilgiri) + Steps{{dieAtHandOff}}},
+         "the shop's process is killed after the hand-off and started again", "pay", 2, "SUCCESS",
+         pickNilgiri +
+             Steps{{dieAtHandOff, "", "", "hand-off is on record; the shop's process is killed"}}},
     };
     return all;
 }
@@ -179,6 +191,28 @@ const Scenario* scenarioByName(std::string_view name) {
     const auto found = std::find_if(all.begin(), all.end(),
                                     [name](const Scenario& one) { return one.name == name; });
     return found == all.end() ? nullptr : &*found;
+}
+
+std::vector<Step> stepsAfterRestart() {
+    return {{seeButton, payTitle(), "", "shop opens again"},
+            {press, payTitle()},
+            screenOpens,
+            {see,
+             "!document.getElementById('loading')?.getClientRects().length && "
+             "!!document.getElementById('methods')",
+             "", "page is there; it knows of the payment"},
+            {savePng, "after-restart"}};
+}
+
+std::vector<Step> stepsOfOpening() {
+    return {shopOpens, {savePng, "shop", "0.3"}};
+}
+
+std::vector<Step> stepsOfOnlooker() {
+    return {screenOpens,
+            {savePng, "skeleton", "0.45"},
+            {see, "!!document.querySelector('#upi-apps button')", "", "page is there"},
+            {savePng, "page"}};
 }
 
 }  // namespace zorvik::demo

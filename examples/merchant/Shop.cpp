@@ -1,6 +1,8 @@
 #include "examples/merchant/Shop.h"
 
+#include "examples/common/Money.h"
 #include "examples/common/OrderRecordJSON.h"
+#include "platform/foundation/Shortened.h"
 
 namespace zorvik::demo {
 
@@ -42,6 +44,10 @@ std::string basketTotal() {
     return "2548.00";
 }
 
+std::string payTitle() {
+    return "Pay " + moneyText(basketTotal(), "INR");
+}
+
 Outcome outcomeOf(const Dictionary& data) {
     using enum Outcome::Kind;
     const std::string status = statusIn(data);
@@ -61,6 +67,15 @@ Outcome outcomeOf(const Dictionary& data) {
     }
     return {unknown, "Payment under way", "We will write as soon as your bank confirms it.",
             "Done"};
+}
+
+std::string inShort(const Dictionary& data) {
+    static constexpr const char* names[] = {"SUCCESS", "FAILURE", "CANCELLED", "UNKNOWN"};
+    const std::string name = names[static_cast<std::size_t>(outcomeOf(data).kind)];
+    const std::string error = textOf(data, "error");
+    std::string words = error.empty() ? statusIn(data) : error;
+    if (words == "FAILED") words = textOf(data, "message");
+    return words.empty() || words == name ? name : name + " (" + platform::shortened(words) + ")";
 }
 
 std::vector<std::pair<std::string, std::string>> rowsOf(const Dictionary& data) {

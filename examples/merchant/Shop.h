@@ -11,6 +11,7 @@ namespace zorvik::demo {
 // What the shop shows, whichever toolkit draws it.
 
 inline constexpr const char* shopName = "Teal Heron";
+inline constexpr const char* detailsTitle = "Developer details";
 
 struct BasketItem {
     std::string name;
@@ -20,6 +21,8 @@ struct BasketItem {
 
 const std::vector<BasketItem>& basket();
 std::string basketTotal();
+// The title of the basket's button.
+std::string payTitle();
 
 // What a customer reads when a checkout has ended.
 struct Outcome {
@@ -33,6 +36,9 @@ struct Outcome {
 
 // What became of the payment that the checkout told of with this dictionary.
 Outcome outcomeOf(const platform::Dictionary& data);
+// The outcome in a few words: "SUCCESS", "FAILURE (Declined in Nilgiri Pay)", personal data
+// shortened.
+std::string inShort(const platform::Dictionary& data);
 // The dictionary as the shop shows it to a developer, long values shortened.
 std::vector<std::pair<std::string, std::string>> rowsOf(const platform::Dictionary& data);
 

@@ -7,17 +7,18 @@
 #include <string>
 #include <string_view>
 
+#include "examples/merchant/Demonstration.h"
 #include "examples/merchant/Journal.h"
-#include "examples/merchant/Merchant.h"
 #include "examples/merchant/Scenario.h"
 
 namespace {
 
-using zorvik::demo::MerchantOptions;
+using zorvik::demo::DemonstrationOptions;
 
 constexpr const char* usage =
     "usage: zorvik-demo-merchant --backend URL [--customer auto|person] [--scenario NAME]\n"
-    "                            [--png-folder FOLDER] [--order-file FILE] [--resume]\n"
+    "                            [--png-folder FOLDER] [--trace FILE] [--order-file FILE] "
+    "[--resume]\n"
     "       zorvik-demo-merchant --list\n";
 
 void listScenarios() {
@@ -28,8 +29,8 @@ void listScenarios() {
 }
 
 // nullopt, with a line on standard error, for arguments that make no sense.
-std::optional<MerchantOptions> optionsFrom(int count, char** arguments) {
-    MerchantOptions options;
+std::optional<DemonstrationOptions> optionsFrom(int count, char** arguments) {
+    DemonstrationOptions options;
     options.scenario = &zorvik::demo::scenarios().front();
     for (int i = 1; i < count; ++i) {
         const std::string_view option = arguments[i];
@@ -42,6 +43,8 @@ std::optional<MerchantOptions> optionsFrom(int count, char** arguments) {
             options.backendUrl = value;
         } else if (option == "--png-folder") {
             options.pngFolder = value;
+        } else if (option == "--trace") {
+            options.traceFile = value;
         } else if (option == "--order-file") {
             options.orderFile = value;
         } else if (option == "--customer" && (value == "auto" || value == "person")) {
@@ -85,6 +88,6 @@ int main(int count, char** arguments) {
         std::cerr << "There is no display to open a window on\n";
         return 1;
     }
-    const auto merchant = zorvik::demo::Merchant::open(*desktop, *options);
-    return merchant->run() ? EXIT_SUCCESS : EXIT_FAILURE;
+    zorvik::demo::Demonstration demonstration(*desktop, *options);
+    return demonstration.run() ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -7,6 +7,7 @@
 #include "examples/common/GtkPieces.h"
 #include "examples/common/HttpClient.h"
 #include "examples/common/Money.h"
+#include "examples/common/Words.h"
 #include "examples/upi_app/UPIStyle.h"
 
 namespace zorvik::demo {
@@ -27,6 +28,13 @@ constexpr Answer answers[] = {
     {"quiet", "SUCCESS", "", true, "Paid"},
     {"silent", "PENDING", "", false, "The bank is still working on it"},
 };
+
+std::string storyOf(const Answer& answer) {
+    if (answer.status == "FAILED")
+        return answer.name == "cancel" ? "customer cancels" : "customer declines";
+    return answer.status == "PENDING" ? "customer pays, which the bank has not confirmed yet,"
+                                      : "customer pays";
+}
 
 GtkWidget* centred(const std::string& text, std::initializer_list<const char*> styles) {
     GtkWidget* widget = label(text, styles);
@@ -98,6 +106,7 @@ void UPIWindow::build() {
     gtk_window_set_child(GTK_WINDOW(window_), all);
     gtk_widget_grab_focus(gtk_widget_get_first_child(actions_));
     gtk_window_present(GTK_WINDOW(window_));
+    say("step " + app_.name + " opens");
 }
 
 gboolean UPIWindow::keyPressed(GtkEventControllerKey*, guint key, guint, GdkModifierType,
@@ -163,7 +172,10 @@ GtkWidget* UPIWindow::answerButton(const std::string& text, const char* style,
 
 void UPIWindow::answer(const Answer& answer) {
     if (!window_ || isAnswered_) return;
-    if (answer.status.empty() || !request_) return closeAfter(0);
+    if (answer.status.empty() || !request_) {
+        say("step customer leaves " + app_.name + " without paying");
+        return closeAfter(0);
+    }
     isAnswered_ = true;
     gtk_widget_set_sensitive(actions_, FALSE);
     Dictionary report{{"status", answer.status},
@@ -186,10 +198,12 @@ void UPIWindow::answer(const Answer& answer) {
 void UPIWindow::finish(const Report& report) {
     if (!window_) return;
     if (report.problem) {
+        say("step customer cannot pay in " + app_.name + ": " + *report.problem);
         showResult("Not paid", "Nothing has been charged. " + *report.problem, "bad");
         return closeAfter(2500);
     }
     const bool isPaid = report.answer.status == "SUCCESS";
+    say("step " + storyOf(report.answer) + " in " + app_.name);
     showResult(isPaid ? "Payment sent" : std::string(report.answer.words),
                "Going back to the shop…", report.answer.status == "FAILED" ? "bad" : "good");
     closeAfter(resultMilliseconds_);
@@ -227,8 +241,10 @@ void UPIWindow::answerAfter(double seconds, const Answer& answer, const std::str
     if (!pngFolder.empty()) {
         onMain(
             [self = self_, path = pngFolder + "/upi-app.png"] {
-                if (*self && !(*self)->savePng(path))
-                    g_printerr("%s was not written\n", path.c_str());
+                if (!*self) return;
+                if (!(*self)->savePng(path))
+                    return g_printerr("%s was not written\n", path.c_str());
+                say("png " + path);
             },
             static_cast<unsigned>(drawn * 1000));
     }

@@ -15,18 +15,20 @@ namespace {
 constexpr const char* ownRules = R"css(
 .card.list { padding: 6px 20px; }
 .item { padding: 14px 0; }
-.item.more { border-top: 1px solid #e6eaef; }
-.title { font-weight: 620; font-size: 16px; }
-.price { font-weight: 620; font-size: 16px; }
-.total { font-weight: 700; font-size: 20px; }
-.section { font-weight: 700; font-size: 22px; padding: 4px 2px; }
-.outcome { font-weight: 700; font-size: 24px; padding-top: 8px; }
+.item.more { border-top: 1px solid @edge; }
+.title { font-weight: 620; font-size: 12pt; }
+.price { font-weight: 620; font-size: 12pt; }
+.total { font-weight: 700; font-size: 15pt; }
+.section { font-weight: 700; font-size: 16.5pt; padding: 4px 2px; }
+.outcome { font-weight: 700; font-size: 18pt; padding-top: 8px; }
 .mark { border-radius: 99px; color: #ffffff; font-size: 34px; font-weight: 800; }
 .mark.success { background: #0b6560; }
 .mark.failure { background: #a3261b; }
 .mark.cancelled { background: #56606d; }
 .mark.unknown { background: #80590b; }
-expander title { min-height: 44px; }
+.message .dialog-vbox { padding-top: 18px; }
+.message .dialog-action-area { padding: 0 18px 18px 18px; }
+.message .dialog-action-area button { margin: 0 4px; border: 1px solid @outline; }
 )css";
 
 struct Mark {
@@ -62,6 +64,7 @@ GtkWidget* line(GtkWidget* left, GtkWidget* right) {
 GtkWidget* leftLabel(const std::string& text, std::initializer_list<const char*> styles) {
     GtkWidget* widget = label(text, styles);
     gtk_label_set_xalign(GTK_LABEL(widget), 0);
+    gtk_label_set_justify(GTK_LABEL(widget), GTK_JUSTIFY_LEFT);
     return widget;
 }
 
@@ -113,7 +116,8 @@ class GtkDesktop : public Desktop {
     bool hasButton(const std::string& title) const override { return buttonTitled(title); }
     bool press(const std::string& title) override {
         GtkWidget* button = buttonTitled(title);
-        return button && gtk_widget_activate(button);
+        if (button) g_signal_emit_by_name(button, "clicked");
+        return button;
     }
 
   private:
@@ -169,6 +173,8 @@ void GtkDesktop::watchKeys() {
     g_signal_connect(keys, "key-pressed",
                      G_CALLBACK(+[](GtkEventControllerKey*, guint key, guint, GdkModifierType state,
                                     GtkDesktop* self) -> gboolean {
+                         // GTK shows no ring where Tab finds nowhere else to go.
+                         if (key == GDK_KEY_Tab) gtk_window_set_focus_visible(self->window_, TRUE);
                          const bool isAltLeft = key == GDK_KEY_Left && (state & GDK_ALT_MASK) != 0;
                          if (key != GDK_KEY_Escape && key != GDK_KEY_Back && !isAltLeft)
                              return FALSE;
@@ -188,7 +194,7 @@ void GtkDesktop::watchClose() {
                      this);
 }
 
-// Asks the first time; whoever closes the window again means it.
+// Asks; whoever closes the window again while the question stands means it.
 bool GtkDesktop::mayClose() {
     if (!events_.isCheckoutOpen() || std::exchange(isAsking_, true)) return true;
     GtkWidget* question = gtk_message_dialog_new(
@@ -243,7 +249,7 @@ void GtkDesktop::showBasket(const std::string& problem) {
     gtk_box_append(GTK_BOX(column_),
                    leftLabel("Delivered within four days. Free returns.", {"quiet", "small"}));
     if (!problem.empty()) gtk_box_append(GTK_BOX(column_), leftLabel(problem, {"bad"}));
-    addAction("Pay " + moneyText(basketTotal(), "INR"), events_.pay);
+    addAction(payTitle(), events_.pay);
 }
 
 void GtkDesktop::showBusy() {
@@ -277,9 +283,11 @@ void GtkDesktop::showResult(const Dictionary& data) {
     gtk_widget_add_css_class(told, "card");
     for (const auto& [key, value] : rowsOf(data))
         gtk_box_append(GTK_BOX(told), row(key, value));
-    GtkWidget* details = gtk_expander_new("What the checkout told the shop");
-    gtk_expander_set_child(GTK_EXPANDER(details), told);
-    gtk_box_append(GTK_BOX(column_), details);
+    gtk_widget_set_visible(told, FALSE);
+    gtk_box_append(GTK_BOX(column_), button(detailsTitle, "outlined", [told] {
+                       gtk_widget_set_visible(told, !gtk_widget_get_visible(told));
+                   }));
+    gtk_box_append(GTK_BOX(column_), told);
     const bool isDone =
         outcome.kind == Outcome::Kind::success || outcome.kind == Outcome::Kind::unknown;
     addAction(outcome.action, [this, isDone] {

@@ -21,31 +21,56 @@ using platform::qt::QtPlatform;
 
 namespace {
 
+// Sizes of type in points: they follow the desktop's text scale, which pixels do not.
 constexpr const char* rules = R"css(
-#shop { background: #f5f6f8; }
-#shop QLabel { color: #17212d; font-size: 15px; }
+#shop { background: @paper; }
+#shop QLabel { color: @ink; font-size: 11.25pt; }
 #head { background: #0b6560; }
-#shop #head QLabel { color: #ffffff; font-size: 17px; font-weight: 700; }
+#shop #head QLabel { color: #ffffff; font-size: 12.75pt; font-weight: 700; }
 #shop #head #monogram { background: rgba(255, 255, 255, 46); border-radius: 12px;
     font-size: 13px; }
-#shop #card { background: #ffffff; border: 1px solid #dfe4ea; border-radius: 16px; }
-#rule { background: #e6eaef; }
-#shop #section { font-size: 22px; font-weight: 700; }
-#shop #title { font-size: 16px; font-weight: 600; }
-#shop #total { font-size: 20px; font-weight: 700; }
-#shop #quiet { color: #566273; }
-#shop #small { color: #566273; font-size: 13px; }
-#shop #value { font-size: 13px; }
-#shop #bad { color: #a3261b; }
-#shop #outcome { font-size: 24px; font-weight: 700; }
+#shop #card { background: @sheet; border: 1px solid @edge; border-radius: 16px; }
+#rule { background: @edge; }
+#shop #section { font-size: 16.5pt; font-weight: 700; }
+#shop #title { font-size: 12pt; font-weight: 600; }
+#shop #total { font-size: 15pt; font-weight: 700; }
+#shop #quiet { color: @quiet; }
+#shop #small { color: @quiet; font-size: 9.75pt; }
+#shop #value { font-size: 9.75pt; }
+#shop #bad { color: @bad; }
+#shop #outcome { font-size: 18pt; font-weight: 700; }
 #shop #mark { color: #ffffff; font-size: 34px; font-weight: 800; border-radius: 36px; }
-#shop QPushButton { min-height: 48px; border-radius: 12px; font-size: 15px; font-weight: 600;
-    border: 3px solid transparent; color: #2b3949; background: transparent; }
-#shop QPushButton#primary { background: #0b6560; color: #ffffff; }
+#shop QPushButton { min-height: 48px; border-radius: 12px; font-size: 11.25pt; font-weight: 600;
+    border: 2px solid @outline; outline: none; padding: 2px; color: @ink; background: @sheet; }
+#shop QPushButton:hover { background: @hover; }
+#shop QPushButton#primary { border-color: transparent; background: #0b6560; color: #ffffff; }
 #shop QPushButton#primary:hover { background: #0a5954; }
-#shop QPushButton#primary:disabled { background: #d8dee5; color: #5a6675; }
-#shop QPushButton:focus { border-color: #2b6cb0; }
+#shop QPushButton#primary:disabled { background: @off; color: @quiet; }
+#shop QPushButton:focus { border: 3px solid @focus; padding: 1px; }
+#shop QPushButton#primary:focus { border-color: @ink; }
 )css";
+
+struct Color {
+    const char* name;
+    const char* light;
+    const char* dark;
+};
+constexpr Color colors[] = {
+    {"@paper", "#f5f6f8", "#12171d"},   {"@sheet", "#ffffff", "#1b222b"},
+    {"@ink", "#17212d", "#e8ecf1"},     {"@quiet", "#566273", "#a8b4c1"},
+    {"@edge", "#dfe4ea", "#323d49"},    {"@hover", "#e9edf1", "#27313c"},
+    {"@off", "#d8dee5", "#2a343f"},     {"@bad", "#a3261b", "#ff9a8f"},
+    {"@outline", "#8793a1", "#76838f"}, {"@focus", "#2b6cb0", "#8abdf5"},
+};
+
+// As light or dark as the desktop is.
+QString styleSheet() {
+    const bool isDark = QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
+    QString text = rules;
+    for (const Color& color : colors)
+        text.replace(color.name, isDark ? color.dark : color.light);
+    return text;
+}
 
 struct Mark {
     const char* sign;
@@ -176,7 +201,7 @@ void QtDesktop::start(Events events) {
     window_ = std::make_unique<ShopWindow>([this] { return mayClose(); });
     window_->setObjectName("shop");
     window_->setAttribute(Qt::WA_StyledBackground);
-    window_->setStyleSheet(rules);
+    window_->setStyleSheet(styleSheet());
     window_->setWindowTitle(shopName);
     window_->resize(390, 844);
     for (const char* key : {"Escape", "Back", "Alt+Left"}) {
@@ -209,13 +234,13 @@ void QtDesktop::start(Events events) {
     window_->show();
 }
 
-// Asks the first time; whoever closes the window again means it.
+// Asks; whoever closes the window again while the question stands means it.
 bool QtDesktop::mayClose() {
     if (!events_.isCheckoutOpen() || std::exchange(isAsking_, true)) return true;
-    auto* const question =
-        new QMessageBox(QMessageBox::Question, "Leave the payment?",
-                        "A payment that is under way in another app goes on without this window.",
-                        QMessageBox::NoButton, window_.get());
+    auto* const question = new QMessageBox(QMessageBox::Question, shopName, "Leave the payment?",
+                                           QMessageBox::NoButton, window_.get());
+    question->setInformativeText(
+        "A payment that is under way in another app goes on without this window.");
     question->setAttribute(Qt::WA_DeleteOnClose);
     question->setDefaultButton(question->addButton("Stay", QMessageBox::RejectRole));
     auto* const leave = question->addButton("Leave", QMessageBox::AcceptRole);
@@ -271,7 +296,7 @@ void QtDesktop::showBasket(const std::string& problem) {
     column->addWidget(list);
     column->addWidget(label("Delivered within four days. Free returns.", "small"));
     if (!problem.empty()) column->addWidget(label(problem, "bad"));
-    addAction(column, std::string("Pay ").append(moneyText(basketTotal(), "INR")), events_.pay);
+    addAction(column, payTitle(), events_.pay);
 }
 
 void QtDesktop::showBusy() {
@@ -293,7 +318,7 @@ void QtDesktop::showResult(const Dictionary& data) {
     result->layout()->addWidget(label(outcome.words, "quiet", Qt::AlignCenter));
     column->addWidget(result);
 
-    auto* const told = new QPushButton("What the checkout told the shop");
+    auto* const told = new QPushButton(detailsTitle);
     QFrame* const details = card(22, 10);
     for (const auto& [key, value] : rowsOf(data)) {
         QHBoxLayout* const row = line(label(key, "small"), label(value, "value"));
@@ -329,6 +354,9 @@ std::unique_ptr<Desktop> Desktop::open() {
     static char name[] = "zorvik-demo-merchant";
     static char* arguments[] = {name, nullptr};
     auto application = std::make_unique<QApplication>(count, arguments);
+    // Stands for a desktop whose theme is dark.
+    if (qEnvironmentVariable("ZORVIK_DEMO_LOOK") == "dark")
+        QApplication::setPalette(QPalette(QColor("#1b222b")));
     auto platform = QtPlatform::make({.applicationId = "zorvik-demo-merchant"});
     if (!platform) return nullptr;
     return std::make_unique<QtDesktop>(std::move(application), std::move(platform));
