@@ -56,8 +56,9 @@ TEST_F(ResultBridgeTest, TheHostHearsBeforeTheScreenGoesAndTheEventFollowsInTheB
         EXPECT_THAT(
             seen("event"),
             ElementsAre(HasSubstr(
-                isFailure ? R"("" "late" "" ["error": "Payment failed", "payload": ["error": 7])"
-                          : R"("order-7" "late" "")")));
+                isFailure
+                    ? R"("" "late" "" ["error": "Payment failed", "payload": ["error": 7], "status": "failed"])"
+                    : R"("order-7" "late" "")")));
         EXPECT_FALSE(screen());
     }
     host.reset();
