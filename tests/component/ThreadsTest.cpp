@@ -159,26 +159,5 @@ TEST_F(ThreadStormTest, WhateverThreadsAndPortsDoNothingIsTornLostOrLeftBehind) 
     }
 }
 
-class ThreadsTest : public CheckoutTest {
-  protected:
-    ThreadsTest() : CheckoutTest(Background::threads) {}
-};
-
-TEST_F(ThreadsTest, AScreenDroppedOnAnotherThreadIsDestroyedOnTheMainOne) {
-    for (int round = 0; round < 50; ++round) {
-        auto alone = loadUnpresentedScreen();
-        std::thread([held = alone] { held->handleDeviceBackButtonPress(); }).join();
-        alone->swipeBackDetected();  // whose task may be the last to hold it
-        if (round % 2 == 0) {
-            std::thread([last = std::move(alone)]() mutable { last.reset(); }).join();
-            EXPECT_THAT(port.web().pages(), SizeIs(1)) << "not yet destroyed";
-        }
-        alone.reset();
-        scheduler.settle();
-        ASSERT_THAT(port.web().pages(), IsEmpty());
-    }
-    outlivesThePort = loadUnpresentedScreen();  // dropped by the fixture after the port is gone
-}
-
 }  // namespace
 }  // namespace zorvik
