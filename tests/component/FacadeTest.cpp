@@ -117,6 +117,7 @@ TEST_F(FacadeTest, AFailureBeforeTheScreenGoesToTheDelegateOfThatMoment) {
         run();
         EXPECT_THAT(heard(), Contains(R"(event EXCEPTION_THROWN ["error": "no line"])"));
         EXPECT_EQ(seen("host"), responses);
+        EXPECT_THAT(port.stage().shown(), IsEmpty());
         forget();
     };
     core.orderAnswer = someError("no line");
