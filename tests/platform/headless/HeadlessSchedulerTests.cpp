@@ -32,6 +32,26 @@ TEST(HeadlessSchedulerTest, MovingTheClockOnMakesReadyWhatIsDueAndRunsNothing) {
     EXPECT_EQ(scheduler.turnCount(), 4U);
 }
 
+TEST(HeadlessSchedulerTest, ACancelledTaskIsDestroyedAtOnceDueOrNotAndMayPostAsItGoes) {
+    HeadlessScheduler scheduler;
+    std::string log;
+    const auto holding = [&](const std::string& name) {
+        const auto destroyed = [&, name](void*) {
+            log += name + "destroyed ";
+            scheduler.runOnMain([&] { log += "posted "; });
+        };
+        return [&, held = std::shared_ptr<void>(nullptr, destroyed)] { log += "ran "; };
+    };
+    scheduler.cancel(scheduler.runOnMainAfter(1, holding("")));
+    EXPECT_EQ(log, "destroyed ");
+    Scheduler::TaskId due = 0;
+    scheduler.runOnMainAfter(1, holding("first "));
+    scheduler.runOnMainAfter(1, [&] { scheduler.cancel(due); });
+    due = scheduler.runOnMainAfter(1, holding("due "));
+    scheduler.advanceBy(1);
+    EXPECT_EQ(log, "destroyed posted ran first destroyed due destroyed posted posted ");
+}
+
 TEST(HeadlessSchedulerThreadTest, ATaskToldToRunRunsAndEndsOnAThreadOfItsOwnMeanwhile) {
     HeadlessScheduler scheduler(HeadlessScheduler::Background::manualThread);
     std::vector<std::thread::id> threads;
