@@ -63,7 +63,9 @@ TEST_F(ResultBridgeTest, TheHostHearsBeforeTheScreenGoesAndTheEventFollowsInTheB
     }
     host.reset();
     openScreen();
-    bridge.zorvikCheckoutWebViewDidFail(screen(), {});
+    bridge.zorvikCheckoutWebViewDidFail(screen(), {{"error", "no"}});
+    runAll();
+    EXPECT_THAT(seen("event"), ElementsAre(StartsWith(R"(PAYMENT_STATUS ["error": "no", )")));
     openScreen();
     bridge.zorvikCheckoutWebViewDidSucceed(screen(), {});
     runAll();
