@@ -26,14 +26,26 @@ TEST_F(PageBridgeTest, ThePageIsGivenOneAppForEachPackageNameWithNullForWhatIsMi
             R"js(\"upi_app_name\":null}]}');)js"));
 }
 
-TEST_F(PageBridgeTest, ANameThatIsNoTextInjectsNothingAndTheNextPageTriesAgain) {
-    openScreen();  // without a list
-    for (const auto& app : {UPIAppsVO{"N", "\xff\xfe", "app.n", ""}, UPIAppsVO{"N", "n", "", ""}}) {
+TEST_F(PageBridgeTest, TheAppsAreGivenOnceALoadAndAgainOnlyAfterAFailedEvaluation) {
+    const auto scriptsAfterAPageWith = [this](const UPIAppsVO& app) {
         screen()->setUpiApps(Apps{app});
         page().navigate("https://pay.example/next");
         run();
-    }
-    EXPECT_THAT(scripts(), ElementsAre(HasSubstr(R"(UPIIntentAvailable('{\"UPIApps\":[]}'))")));
+        return scripts().size();
+    };
+    openScreen();  // without a list
+    EXPECT_EQ(scriptsAfterAPageWith({"N", "\xff\xfe", "app.n", ""}), 0u)
+        << "a name that is no text";
+    const UPIAppsVO unnamed{"N", "n", "", ""};
+    evaluation = someError("no page");
+    EXPECT_EQ(scriptsAfterAPageWith(unnamed), 1u);
+    EXPECT_THAT(scripts().at(0), HasSubstr(R"(UPIIntentAvailable('{\"UPIApps\":[]}'))"));
+    evaluation = ScriptValue{};
+    for (int count = 0; count < 2; ++count)
+        EXPECT_EQ(scriptsAfterAPageWith(unnamed), 2u);
+    find<platform::UIButton>()->sendTouchUpInside();  // loads the checkout page again
+    run();
+    EXPECT_EQ(scripts().size(), 3u);
 }
 
 TEST_F(PageBridgeTest, EveryIntentMessageIsLoggedWithTheIdItsTextHolds) {
