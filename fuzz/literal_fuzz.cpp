@@ -17,7 +17,7 @@ using testkit::CheckoutTestKit;
 
 namespace {
 
-// A page's script// A page's script engine with what a checkout page offers. Every text that
+// A page's script engine with what a checkout page offers. Every text that
 // reaches the page's functions is kept; nothing else may happen.
 class PageEngine {
   public:

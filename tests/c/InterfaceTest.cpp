@@ -189,69 +189,50 @@ TEST_F(CInterfaceTest, OfTwoThreadsThatAnswerOneIsRefused) {
     EXPECT_THAT(responses, IsEmpty());
 }
 
-TEST_F(CInterfaceTest, ACompletionFreedWithoutAnAnswerHasFailed) {
-    checkout();
-    zorvik_completion_free(std::exchange(completion, nullptr));
-    zorvik_headless_settle(platform);
-    EXPECT_THAT(responses, ElementsAre(HasSubstr("let go of update_order without an answer")));
-}
-
 TEST_F(CInterfaceTest, AnAnswerFromAnotherThreadAfterThePlatformIsDroppedInSilence) {
     for (const bool answers : {true, false}) {
-        if (platform == nullptr) {
-            platform = zorvik_headless_make(ZORVIK_BACKGROUND_THREADS);
-            zorvik_presenter_free(presenter);
-            presenter = zorvik_headless_presenter(platform);
-        }
         checkout();
-        zorvik_headless_free(std::exchange(platform, nullptr));
+        zorvik_headless_free(platform);
         std::thread([this, answers] {
-            const auto result = answers ? zorvik_completion_succeed(completion, "{}") : ZORVIK_OK;
-            EXPECT_EQ(result, ZORVIK_OK);
+            EXPECT_TRUE(!answers || zorvik_completion_succeed(completion, "{}") == ZORVIK_OK);
             zorvik_completion_free(std::exchange(completion, nullptr));
         }).join();
+        platform = zorvik_headless_make(ZORVIK_BACKGROUND_THREADS);
+        zorvik_presenter_free(std::exchange(presenter, zorvik_headless_presenter(platform)));
     }
     EXPECT_THAT(responses, IsEmpty());
 }
 
-TEST_F(CInterfaceTest, WithoutAServiceTheFailureNamesTheRemedy) {
+TEST_F(CInterfaceTest, WithoutAServiceOrItsAnswerTheFailureNamesTheRemedy) {
+    checkout();
+    zorvik_completion_free(std::exchange(completion, nullptr));
+    zorvik_headless_settle(platform);
     services.update_order = nullptr;
     zorvik_set_core_services(&services);
     checkout();
     zorvik_set_core_services(nullptr);
     checkout();
-    EXPECT_THAT(responses, ElementsAre(HasSubstr("have no update_order"),
+    EXPECT_THAT(responses, ElementsAre(HasSubstr("let go of update_order without an answer"),
+                                       HasSubstr("have no update_order"),
                                        HasSubstr("call zorvik_set_core_services")));
 }
 
-TEST_F(CInterfaceTest, ADelegateMayFreeItselfAndHearsNothingMore) {
-    whenAnswered = [this] {
-        zorvik_delegate_free(std::exchange(delegate, nullptr));
-        EXPECT_EQ(destroyed, 0) << "its data is in use";
-    };
-    answerFailure();
-    EXPECT_EQ(destroyed, 1);
-    zorvik_completion_free(std::exchange(completion, nullptr));
-    answerFailure();
-    EXPECT_THAT(responses, testing::SizeIs(1));
-}
-
-TEST_F(CInterfaceTest, ServicesReplacedByTheirOwnCallAreLetGoOfAfterIt) {
+TEST_F(CInterfaceTest, WhatACallbackLetsGoOfStaysUntilItEndsAndThePlatformCannotGo) {
     whenUpdated = [this] {
+        EXPECT_EQ(zorvik_headless_free(platform), ZORVIK_WRONG_STATE);
+        EXPECT_THAT(zorvik_last_error(), HasSubstr("inside a callback"));
         zorvik_set_core_services(nullptr);
         EXPECT_EQ(destroyed, 0) << "its data is in use";
     };
-    checkout();
-    EXPECT_EQ(destroyed, 1);
-}
-
-TEST_F(CInterfaceTest, APlatformIsNotFreedUnderItsOwnCalls) {
-    whenUpdated = whenAnswered = [this] {
+    whenAnswered = [this] {
         EXPECT_EQ(zorvik_headless_free(platform), ZORVIK_WRONG_STATE);
-        EXPECT_THAT(zorvik_last_error(), HasSubstr("inside a callback"));
+        zorvik_delegate_free(std::exchange(delegate, nullptr));
+        EXPECT_EQ(destroyed, 1) << "its data is in use, that of the services was let go of";
     };
     answerFailure();
-    EXPECT_THAT(responses, testing::SizeIs(1));
+    EXPECT_EQ(destroyed, 2);
+    checkout();
+    EXPECT_THAT(responses, testing::SizeIs(1)) << "a delegate that went hears nothing more";
 }
 
 TEST_F(CInterfaceTest, TheDataOfACallbackIsDestroyedOnceAlsoByARefusedCall) {

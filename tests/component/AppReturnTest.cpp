@@ -35,23 +35,75 @@ call isUPIAppReturnURL(shopreturn://back/p?a=1&b&a=2&b=%C3%A9+&b&status=x)
 }
 
 TEST_F(AppReturnTest, AReturnUrlIsReadAloudByTheWayItsStatusTakes) {
-    const std::string none = "❌ No status found in URL";
-    const std::tuple<std::string, std::string, std::string> cases[] = {
-        {"?status=SUCCESS", "✅ Payment successful", "SUCCESS"},
-        {"?status=Failure", "❌ Payment failed", "FAILURE"},
-        {"?status=Cancelled", "⏹️ Payment cancelled", "CANCELLATION"},
-        {"?status=successful", "❓ Unknown status: successful", "UNKNOWN"},
-        {"?status=success&status", none, "UNKNOWN"},
-        {"?status=failure&status&tr=T1", "✅ Assuming success based on transaction ID: T1",
-         "SUCCESS"},
-        {"", none, "UNKNOWN"},
+    const std::string none = "❌ No status found in URL\n[UPI UNKNOWN";
+    const std::pair<std::string, std::string> cases[] = {
+        {"?status=successful", "❓ Unknown status: successful\n[UPI UNKNOWN"},
+        {"?status=success&status", none},
+        {"?status=failure&status&tr=T1",
+         "✅ Assuming success based on transaction ID: T1\n[UPI SUCCESS"},
+        {"", none},
     };
     openScreen();
-    for (const auto& [query, routing, handler] : cases) {
+    for (const auto& [query, routing] : cases) {
         EXPECT_EQ(decide("shopreturn://back/p" + query), Policy::cancel);
-        EXPECT_THAT(take(), HasSubstr("| " + routing + "\n[UPI " + handler + "] 🚀 Handling"));
+        EXPECT_THAT(take(), HasSubstr("| " + routing + "] 🚀 Handling"));
         scheduler.settle();
     }
+}
+
+TEST_F(AppReturnTest, EachOutcomeOfAUPIAppGoesItsOwnWayToTheHost) {
+    const std::pair<std::string, const char*> cases[] = {
+        // a query, the transcript from its data on
+        {"status=SUCCESS&tr=T1&transactionId=T2", R"(
+[UPI RETURN] 📊 Transaction data: ["status": "SUCCESS", "tr": "T1", "transactionId": "T2"] | 📋 Query items count: 3
+  | 📊 Status found: SUCCESS | ✅ Payment successful
+[UPI SUCCESS] 🚀 Handling UPI success callback! | 📊 Success data: ["status": "SUCCESS", "tr": "T1", "transactionId": "T2"]
+  | ✅ Order token available | 🔍 Making transaction enquiry for: T1
+  | 📊 All transaction data: ["status": "SUCCESS", "tr": "T1", "transactionId": "T2"]
+call getTransactionEnquiry(TOKEN, order-7, order-7, T1)
+(background) [UPI SUCCESS] ✅ Transaction enquiry successful | 📊 Response: ["tr": "T1"]
+(turn 1) [UPI SUCCESS] 📞 Calling delegate success method
+success ["tr": "T1"]
+)"},
+        {"status=Failure&tr=T1&reason=R&message=M", R"(
+[UPI RETURN] 📊 Transaction data: ["message": "M", "reason": "R", "status": "Failure", "tr": "T1"] | 📋 Query items count: 4
+  | 📊 Status found: Failure | ❌ Payment failed
+[UPI FAILURE] 🚀 Handling UPI failure callback! | 📊 Failure data: ["message": "M", "reason": "R", "status": "Failure", "tr": "T1"]
+  | ❌ Payment failed: R
+(turn 1) [UPI FAILURE] 📞 Calling delegate failure method
+(turn 2) failure ["error": "R", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "transaction_id": "T1", "zorvik_order_id": "order-7", "zorvik_transaction_id": "T1"]
+(background) event PAYMENT_STATUS ["error_reason": "R", "status": "failed", "transactionId": "T1", "upi_data": ["message": "M", "reason": "R", "status": "Failure", "tr": "T1"]]
+)"},
+        {"status=Cancelled&txnId=T2&reason=R", R"(
+[UPI RETURN] 📊 Transaction data: ["reason": "R", "status": "Cancelled", "txnId": "T2"] | 📋 Query items count: 3
+  | 📊 Status found: Cancelled | ⏹️ Payment cancelled
+[UPI CANCELLATION] 🚀 Handling UPI cancellation callback! | 📊 Cancellation data: ["reason": "R", "status": "Cancelled", "txnId": "T2"]
+  | ⏹️ Payment cancelled by user
+(turn 1) [UPI CANCELLATION] 📞 Calling delegate failure method
+(turn 2) failure ["error": "Payment cancelled by user", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "transaction_id": "T2", "zorvik_order_id": "order-7", "zorvik_transaction_id": "T2"]
+(background) event PAYMENT_STATUS ["error_reason": "Payment cancelled by user", "status": "cancelled", "transactionId": "T2", "upi_data": ["reason": "R", "status": "Cancelled", "txnId": "T2"]]
+)"},
+        {"tr=T1", R"(
+[UPI RETURN] 📊 Transaction data: ["tr": "T1"] | 📋 Query items count: 1 | ⚠️ No status parameter found in URL
+  | ✅ Assuming success based on transaction ID: T1
+[UPI SUCCESS] 🚀 Handling UPI success callback! | 📊 Success data: ["tr": "T1"] | ✅ Order token available
+  | 🔍 Making transaction enquiry for: T1 | 📊 All transaction data: ["tr": "T1"]
+call getTransactionEnquiry(TOKEN, order-7, order-7, T1)
+(background) [UPI SUCCESS] ❌ Transaction enquiry failed: no line
+(turn 1) [UPI SUCCESS] 📞 Calling delegate failure method
+(turn 2) failure ["error": "Transaction enquiry failed", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "zorvik_order_id": "order-7"]
+)"},
+    };
+    core.enquiryAnswer = TransactionEnquiryResponse{Order{"FAILED"}, {{"tr", "T1"}}};
+    openScreen();
+    for (const auto& [query, transcript] : cases) {
+        if (query == "tr=T1") core.enquiryAnswer = someError("no line");
+        decide("shopreturn://back?" + query);
+        EXPECT_TRUE(leadsTo("[UPI RETURN] 📊 Transaction data", transcript));
+    }
+    screen()->setOptions({});
+    decide("shopreturn://back?status=success&tr=T3");
+    EXPECT_EQ(last(), "[UPI SUCCESS] ❌ No order token available");
 }
 
 TEST_F(AppReturnTest, AnActivationIsReadAloudAndTakesTheWayOfItsKind) {

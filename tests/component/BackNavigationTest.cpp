@@ -59,6 +59,24 @@ TEST_F(BackNavigationTest, AnotherHostIsLeftForTheBrowserBackAddressBeforeThePos
     }
 }
 
+TEST_F(BackNavigationTest, TheSiteIsATextualPrefixOfSchemeAndHost) {
+    const std::pair<std::string, bool> cases[] = {
+        {"https://pay.example:8443/a/b?c#d", true}, {"https://pay.example.evil.test/", true},
+        {"https://bank.example/otp", false},        {"http://pay.example/checkout", false},
+        {"https://PAY.example/checkout", false},    {"about:blank", false},
+        {"https://pay.example/%zz", true},          {"https://bank.example/100%", false},
+    };
+    openScreen();
+    for (const auto& [url, isWithin] : cases) {
+        page().replaceUrl(url);
+        screen()->handleDeviceBackButtonPress();
+        run();
+        EXPECT_THAT(seen("load"), SizeIs(isWithin ? 0 : 1)) << url;
+        EXPECT_EQ(seen("event").back(), R"(BACK_BUTTON_PRESSED ["current_url": ")" + url + "\"]");
+        forget();
+    }
+}
+
 TEST_F(BackNavigationTest, ACheckoutAddressThatDoesNotParseEndsTheFlow) {
     core.webViewViewUrl = "https://pay.example/a b";
     openScreen();

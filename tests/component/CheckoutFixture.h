@@ -76,10 +76,9 @@ std::shared_ptr<View> findView(const platform::UIView& root) {
 // the page and "script"s it runs, what the "host" got and a screen's "success" or "failure".
 class CheckoutTest : public testing::Test {
   protected:
-    using Background = platform::headless::HeadlessScheduler::Background;
     static constexpr double now = 1'800'000'000;  // 2027-01-15 08:00 UTC
 
-    explicit CheckoutTest(Background background = Background::manual) : port(background) {
+    CheckoutTest() {
         platform::setConsoleSink(
             [this](std::string_view line) { core.transcript.add(std::string(line)); });
         port.web().onLoad([this](const std::string& url) {
@@ -224,7 +223,6 @@ class CheckoutTest : public testing::Test {
     }
 
     ScriptedCore core;
-    std::shared_ptr<void> outlivesThePort;
     platform::headless::HeadlessPlatform port;
     platform::headless::HeadlessScheduler& scheduler = port.scheduler();
     ZorvikCheckoutSDK& sdk = ZorvikCheckoutSDK::shared();

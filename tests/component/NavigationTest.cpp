@@ -29,24 +29,6 @@ TEST_F(NavigationTest, WhatIsTakenOverIsDecidedByTheFirstRuleThatHolds) {
     EXPECT_TRUE(hasTranscript("", "\n[URL INTERCEPT] ❌ No URL found in navigation action\n"));
 }
 
-// The report at once closes the screen in the middle of the page's own question.
-TEST_F(NavigationTest, AScreenClosedInsideItsOwnDecisionStillAnswersIt) {
-    checkout();
-    forget();
-    page().navigate(core.webViewRespCheckUrl + "?response=!");
-    runTurn();
-    EXPECT_TRUE(screen()->isBeingDismissed());
-    EXPECT_THAT(page().messageHandlers(), IsEmpty());
-    runAll();
-    EXPECT_FALSE(screen());
-    EXPECT_TRUE(hasTranscript("host", R"(
-host ["error": "Invalid response format", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "zorvik_order_id": "order-7"]
-[VIEW LIFECYCLE] 🚀 viewWillDisappear called | 📊 Is being dismissed: true | 🧹 Performing cleanup due to dismissal
-(background) event PAYMENT_STATUS ["error": "Invalid response format", "payload": ["error": "Invalid response format", "order_id": "order-7", "subMerchantId": "sub-3", "token": "TOKEN", "zorvik_order_id": "order-7"], "status": "failed"]
-(later) [VIEW LIFECYCLE] 🚀 viewDidDisappear called | 📊 Is being dismissed: true | 🧹 Performing cleanup due to dismissal
-)"));
-}
-
 TEST_F(NavigationTest, CommitsAndFinishesAreLoggedWithTheAddressOfTheirMoment) {
     load.redirects = {"https://bank.example/a", "https://pay.example/processing/1"};
     presentScreen();

@@ -27,21 +27,22 @@ TEST_F(PageBridgeTest, ThePageIsGivenOneAppForEachPackageNameWithNullForWhatIsMi
 }
 
 TEST_F(PageBridgeTest, TheAppsAreGivenOnceALoadAndAgainOnlyAfterAFailedEvaluation) {
-    const auto scriptsAfterAnotherPage = [this] {
+    const auto scriptsAfterAPageWith = [this](const UPIAppsVO& app) {
+        screen()->setUpiApps(Apps{app});
         page().navigate("https://pay.example/next");
         run();
         return scripts().size();
     };
     openScreen();  // without a list
-    screen()->setUpiApps(Apps{{"N", "\xff\xfe", "app.n", ""}});
-    EXPECT_EQ(scriptsAfterAnotherPage(), 0u) << "a name that is no text injects nothing";
-    screen()->setUpiApps(Apps{{"N", "n", "", ""}});
+    EXPECT_EQ(scriptsAfterAPageWith({"N", "\xff\xfe", "app.n", ""}), 0u)
+        << "a name that is no text";
+    const UPIAppsVO unnamed{"N", "n", "", ""};
     evaluation = someError("no page");
-    EXPECT_EQ(scriptsAfterAnotherPage(), 1u);
+    EXPECT_EQ(scriptsAfterAPageWith(unnamed), 1u);
     EXPECT_THAT(scripts().at(0), HasSubstr(R"(UPIIntentAvailable('{\"UPIApps\":[]}'))"));
     evaluation = ScriptValue{};
-    EXPECT_EQ(scriptsAfterAnotherPage(), 2u);
-    EXPECT_EQ(scriptsAfterAnotherPage(), 2u);
+    for (int count = 0; count < 2; ++count)
+        EXPECT_EQ(scriptsAfterAPageWith(unnamed), 2u);
     find<platform::UIButton>()->sendTouchUpInside();  // loads the checkout page again
     run();
     EXPECT_EQ(scripts().size(), 3u);

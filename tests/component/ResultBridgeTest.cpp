@@ -56,13 +56,16 @@ TEST_F(ResultBridgeTest, TheHostHearsBeforeTheScreenGoesAndTheEventFollowsInTheB
         EXPECT_THAT(
             seen("event"),
             ElementsAre(HasSubstr(
-                isFailure ? R"("late" "" ["error": "Payment failed", "payload": ["error": 7])"
-                          : "\"late\"")));
+                isFailure
+                    ? R"("" "late" "" ["error": "Payment failed", "payload": ["error": 7], "status": "failed"])"
+                    : R"("order-7" "late" "")")));
         EXPECT_FALSE(screen());
     }
     host.reset();
     openScreen();
-    bridge.zorvikCheckoutWebViewDidFail(screen(), {});
+    bridge.zorvikCheckoutWebViewDidFail(screen(), {{"error", "no"}});
+    runAll();
+    EXPECT_THAT(seen("event"), ElementsAre(StartsWith(R"(PAYMENT_STATUS ["error": "no", )")));
     openScreen();
     bridge.zorvikCheckoutWebViewDidSucceed(screen(), {});
     runAll();

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 #include <tuple>
 #include <utility>
@@ -73,13 +74,9 @@ class HeadlessPort : public PortUnderTest {
         const double end = scheduler.steadySeconds() + seconds;
         while (!condition()) {
             if (scheduler.runOneTurn()) continue;
-            const double now = scheduler.steadySeconds();
-            const double delay = scheduler.nextDelay().value_or(seconds);
-            if (now + delay > end) {
-                scheduler.advanceBy(end - now);
-                return condition();
-            }
-            scheduler.advanceBy(delay);
+            const double left = end - scheduler.steadySeconds();
+            if (left <= 0) return false;
+            scheduler.moveBy(std::min(scheduler.nextDelay().value_or(left), left));
         }
         return true;
     }

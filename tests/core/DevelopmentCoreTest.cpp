@@ -136,14 +136,13 @@ TEST_F(DevelopmentCoreTest, ASinkThatThrowsLosesItsEventAndNothingElse) {
 
 TEST_F(DevelopmentCoreTest, WithoutAConfigurationEveryCallStillCompletesOnceWithAnError) {
     core_.configure({});
-    std::promise<Error> order;
-    std::promise<Error> apps;
+    std::promise<Error> answers[2];
     core_.updateOrderDetails("t", "o", "", "", "",
-                             [&](const auto& result) { order.set_value(result.error()); });
+                             [&](const auto& result) { answers[0].set_value(result.error()); });
     ZorvikUPIAppDetector::getUPIAppsList(
-        "t", [&](const auto& result) { apps.set_value(result.error()); });
-    for (auto* promise : {&order, &apps})
-        EXPECT_THAT(promise->get_future().get().localizedDescription,
+        "t", [&](const auto& result) { answers[1].set_value(result.error()); });
+    for (auto& answer : answers)
+        EXPECT_THAT(answer.get_future().get().localizedDescription,
                     HasSubstr("not been configured"));
 }
 

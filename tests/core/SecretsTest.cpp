@@ -124,7 +124,8 @@ TEST(SecretsTest, OnlyTheComponentsOwnLinesHoldTokensAndPersonalDataAndTheseAreT
     const std::string claims = run.token.substr(run.token.find('.') + 1, 20);
     for (const std::string& secret : {claims, vpa, phone, std::string("canary")})
         EXPECT_THAT(run.printed.str(), testing::Not(testing::HasSubstr(secret)));
-    EXPECT_THAT(run.printed.str(), testing::HasSubstr("No answer is scripted"));
+    EXPECT_THAT(run.printed.str(),
+                testing::HasSubstr("No answer is scripted for the load of https://pay.exam"));
     EXPECT_THAT(run.tagsWith({claims}),
                 testing::ElementsAre("[APP STATE]", "[BACK HANDLER]", "[UPI RETURN]",
                                      "[UPI SCHEME]", "[URL INTERCEPT]"));

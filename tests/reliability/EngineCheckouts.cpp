@@ -30,28 +30,6 @@ using platform::UIViewController;
 using platform::WKWebView;
 using Kind = Step::Kind;
 
-namespace {
-
-template <class View>
-std::shared_ptr<View> find(const UIView& root) {
-    for (const auto& view : root.subviews()) {
-        if (const auto found = std::dynamic_pointer_cast<View>(view)) return found;
-        if (auto found = find<View>(*view)) return found;
-    }
-    return nullptr;
-}
-
-class Host : public ZorvikCheckoutSDKDelegate {
-  public:
-    explicit Host(std::vector<Dictionary>& given) : given_(given) {}
-    void onCheckoutResponse(const Dictionary& data) override { given_.push_back(data); }
-
-  private:
-    std::vector<Dictionary>& given_;
-};
-
-}  // namespace
-
 Script shortScript(std::uint64_t seed, bool isPlain) {
     std::mt19937_64 dice(seed);
     const auto below = [&](unsigned end) { return static_cast<std::uint8_t>(dice() % end); };
@@ -75,21 +53,40 @@ Script shortScript(std::uint64_t seed, bool isPlain) {
     return script;
 }
 
-class EngineCheckouts::Parts {
+namespace {
+
+template <class View>
+std::shared_ptr<View> find(const UIView& root) {
+    for (const auto& view : root.subviews()) {
+        if (const auto found = std::dynamic_pointer_cast<View>(view)) return found;
+        if (auto found = find<View>(*view)) return found;
+    }
+    return nullptr;
+}
+
+class Host : public ZorvikCheckoutSDKDelegate {
   public:
-    explicit Parts(const PageServer& server) : server_(server) {
+    explicit Host(std::vector<Dictionary>& given) : given_(given) {}
+    void onCheckoutResponse(const Dictionary& data) override { given_.push_back(data); }
+
+  private:
+    std::vector<Dictionary>& given_;
+};
+
+class Checkouts : public EngineCheckouts {
+  public:
+    explicit Checkouts(const PageServer& server) : server_(server) {
         platform::setConsoleSink([](std::string_view) {});
         if (platform_) openWindow();
     }
-    ~Parts() { platform::setConsoleSink({}); }
+    ~Checkouts() override { platform::setConsoleSink({}); }
 
-    bool isThere() const { return platform_ != nullptr; }
-    void settle(double seconds) {
+    bool isThere() const override { return platform_ != nullptr; }
+    void settle(double seconds) override {
         platform_->runUntil([] { return false; }, seconds);
     }
 
-    // What went wrong; "" when nothing did.
-    std::string play(const Script& script) {
+    std::string play(const Script& script) override {
         core().clear();
         core().answers().appList = std::vector<UPIAppsVO>{{"code", "Some app", "app.some", {}}};
         given_.clear();
@@ -224,39 +221,27 @@ class EngineCheckouts::Parts {
     }
     std::string addressFor(unsigned way) {
         const std::string number = std::to_string(++number_);
-        const std::string json = R"({"payload":{"answer":)" + number + "}}";
-        const std::string response = server_.address("/response") + "?response=";
-        const auto upi = [&](const std::string& query) { return "testkit-return://upi" + query; };
-        switch (way) {
-            case 0:
-            case 1:
-                asked_.insert(std::stoll(number));
-                return response + "%7B%22payload%22%3A%7B%22answer%22%3A" + number + "%7D%7D";
-            case 2:
-                return response + "unreadable";
-            case 3:
-                return server_.address("/response") + "?from=" + response;
-            case 4:
-                return response + number;
-            case 5:
-                return upi("?status=success&tr=t-" + number);
-            case 6:
-                return upi("?status=failure&tr=t-" + number);
-            case 7:
-                return upi("?status=cancelled&tr=t-" + number);
-            case 8:
-                return upi("?status=failed");
-            case 9:
-                return upi("?tr=t-" + number);
-            case 10:
-                return upi("");
-            case 12:
-                return server_.address("/hangs");
-            case 13:
-                return server_.address("/another") + "?processing&response=%7B%7D";
-            default:
-                return server_.address("/another");
-        }
+        const std::string paid = "%7B%22payload%22%3A%7B%22answer%22%3A" + number + "%7D%7D";
+        const std::string page = server_.address("/response");
+        const std::string response = page + "?response=";
+        const std::string upi = "testkit-return://upi";
+        const std::string tr = "tr=t-" + number;
+        if (way < 2) asked_.insert(std::stoll(number));
+        const std::array ways{response + paid,
+                              response + paid,
+                              response + "unreadable",
+                              page + "?from=" + response,
+                              response + number,
+                              upi + "?status=success&" + tr,
+                              upi + "?status=failure&" + tr,
+                              upi + "?status=cancelled&" + tr,
+                              upi + "?status=failed",
+                              upi + "?" + tr,
+                              upi,
+                              server_.address("/another"),
+                              server_.address("/hangs"),
+                              server_.address("/another") + "?processing&response=%7B%7D"};
+        return ways.at(way);
     }
     std::string messageFor(unsigned way) const {
         if (way == 4) return literal(R"({"url":"no address","package_name":"app"})");
@@ -305,21 +290,10 @@ class EngineCheckouts::Parts {
     unsigned loadsWay_ = 0;
 };
 
-EngineCheckouts::EngineCheckouts(const PageServer& server)
-    : parts_(std::make_unique<Parts>(server)) {}
+}  // namespace
 
-EngineCheckouts::~EngineCheckouts() = default;
-
-bool EngineCheckouts::isThere() const {
-    return parts_->isThere();
-}
-
-void EngineCheckouts::settle(double seconds) {
-    parts_->settle(seconds);
-}
-
-std::string EngineCheckouts::play(const Script& script) {
-    return parts_->play(script);
+std::unique_ptr<EngineCheckouts> EngineCheckouts::make(const PageServer& server) {
+    return std::make_unique<Checkouts>(server);
 }
 
 }  // namespace zorvik::tests

