@@ -201,6 +201,9 @@ void ShownWidget::takeFocus() {
     GtkWidget* widget =
         content_ != nullptr ? content_ : gtk_widget_get_first_child(asWidget(widget_));
     if (widget != nullptr) gtk_widget_grab_focus(widget);
+    if (kind_ != ViewKind::button) return;
+    GtkWidget* panel = gtk_widget_get_parent(asWidget(widget_));
+    if (panel != nullptr) scrollToFocus(reinterpret_cast<ViewWidget*>(panel));
 }
 
 }  // namespace zorvik::platform::gtk

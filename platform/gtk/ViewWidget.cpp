@@ -132,7 +132,7 @@ void zorvik_view_widget_class_init(ViewWidgetClass* type) {
     widget->snapshot = viewSnapshot;
 }
 
-gboolean scrollToFocus(GtkWidget* content, GdkFrameClock*, gpointer) {
+gboolean scroll(GtkWidget* content, GdkFrameClock*, gpointer) {
     GtkWidget* child = gtk_root_get_focus(gtk_widget_get_root(content));
     while (child != nullptr && gtk_widget_get_parent(child) != content)
         child = gtk_widget_get_parent(child);
@@ -209,13 +209,14 @@ void setContentSize(ViewWidget* widget, const Size& size) {
     gtk_widget_queue_resize(asWidget(widget));
 }
 
+void scrollToFocus(ViewWidget* content) {
+    // Within its own allocation a scroller does not move its content.
+    gtk_widget_add_tick_callback(asWidget(content), scroll, nullptr, nullptr);
+}
+
 void keepFocusInSight(GtkScrolledWindow* scroller, ViewWidget* content) {
-    const auto changed = +[](GtkAdjustment*, GtkWidget* parent) {
-        // In the next frame: within its own allocation a scroller does not move its content.
-        gtk_widget_add_tick_callback(parent, scrollToFocus, nullptr, nullptr);
-    };
     g_signal_connect_object(gtk_scrolled_window_get_vadjustment(scroller), "changed",
-                            G_CALLBACK(changed), asWidget(content), G_CONNECT_DEFAULT);
+                            G_CALLBACK(scrollToFocus), content, G_CONNECT_SWAPPED);
 }
 
 void setMinimumHitSize(ViewWidget* widget, const Size& size) {

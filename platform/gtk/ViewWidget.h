@@ -19,7 +19,9 @@ void setFrame(ViewWidget* widget, const Rect& frame);
 void setBackground(ViewWidget* widget, const UIColor& color, double cornerRadius);
 // What it asks of a parent that is no view widget, such as a scroller.
 void setContentSize(ViewWidget* widget, const Size& size);
-// Scrolls to the child that has the keyboard whenever the content has another size or less room.
+// Scrolls to the child of a scroller's content that has the keyboard, in the next frame.
+void scrollToFocus(ViewWidget* content);
+// Whenever the content has another size or less room.
 void keepFocusInSight(GtkScrolledWindow* scroller, ViewWidget* content);
 // The area a customer hits may be larger than the frame: the smallest size of the other child.
 void setMinimumHitSize(ViewWidget* widget, const Size& size);
