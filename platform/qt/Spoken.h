@@ -8,6 +8,7 @@ class QWidget;
 // What a screen reader finds of a screen, most widgets of which are only drawn.
 namespace zorvik::platform::qt {
 
+// What is said of one widget.
 struct Spoken {
     QAccessible::Role role = QAccessible::Client;
     QString name;
