@@ -29,6 +29,7 @@ PageNavigation::Reports PageNavigation::takeDue() {
 void PageNavigation::start(Origin origin, const std::string& address) {
     if (phase_ != Phase::none) fail(takenPlaceOf());
     phase_ = Phase::provisional;
+    isEndLost_ = false;
     origin_ = origin;
     target_ = address;
     due_.push_back({Kind::started});
@@ -37,7 +38,7 @@ void PageNavigation::start(Origin origin, const std::string& address) {
 void PageNavigation::commit(const std::string& address) {
     phase_ = Phase::committed;
     shown_ = address;
-    isDocumentLoaded_ = isEndLost_ = false;
+    isDocumentLoaded_ = false;
     due_.push_back({Kind::committed});
 }
 
@@ -82,6 +83,7 @@ void PageNavigation::answer(const std::string& address, QuestionKind kind, Answe
 }
 
 void PageNavigation::answerUnopenable(const std::string& address, const Error& error) {
+    if (requested_) return;  // the host is about to load another page
     if (phase_ != Phase::provisional || target_ != address) start(Origin::page, address);
     fail(error);
 }
@@ -109,6 +111,11 @@ PageNavigation::Reports PageNavigation::ended(Outcome outcome, const std::string
         if (phase_ == Phase::none) start(Origin::page, address);
         if (phase_ == Phase::provisional) commit(address);
         finish();
+        return takeDue();
+    }
+    if (outcome == Outcome::unexplained) {
+        isEndLost_ = phase_ != Phase::none;
+        if (phase_ == Phase::committed && isDocumentLoaded_) finish();
         return takeDue();
     }
     if (endsToIgnore_ > 0) {

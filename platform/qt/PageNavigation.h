@@ -23,7 +23,9 @@ class PageNavigation {
     using Reports = std::vector<Report>;
     enum class QuestionKind { navigation, redirect };
     enum class Answer { cancel, allow };
-    enum class Outcome { succeeded, stopped, failed };
+    // Unexplained: failed without an error, which is told when a navigation of the page's came to
+    // nothing meanwhile; the load goes on.
+    enum class Outcome { succeeded, stopped, failed, unexplained };
 
     // What the customer is told is the page's address.
     std::optional<std::string> address() const;
@@ -49,6 +51,7 @@ class PageNavigation {
     void answerUnopenable(const std::string& address, const Error& error);
     // An answer went to the engine as "no": it tells of it as of a stopped load.
     void refused(const std::string& address) { refused_.push_back(address); }
+    bool awaitsRefused() const { return !refused_.empty(); }
 
     // A document is there, and all that belongs to it.
     Reports documentCreated(const std::string& address);
@@ -84,7 +87,7 @@ class PageNavigation {
     std::vector<std::string> refused_;
     int endsToIgnore_ = 0;
     bool isDocumentLoaded_ = false;
-    bool isEndLost_ = false;  // the engine told the end of a refused navigation in its place
+    bool isEndLost_ = false;  // the engine told the end of another navigation in its place
     Reports due_;
 };
 

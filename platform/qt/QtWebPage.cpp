@@ -41,7 +41,7 @@ PageNavigation::Outcome outcomeOf(const QWebEngineLoadingInfo& info) {
         case QWebEngineLoadingInfo::LoadStoppedStatus:
             return Outcome::stopped;
         default:
-            return Outcome::failed;
+            return info.errorCode() == 0 ? Outcome::unexplained : Outcome::failed;
     }
 }
 
@@ -139,6 +139,9 @@ void QtWebPage::start(int request) {
     if (request != request_ || !navigation_.isRequested()) return;
     // The process answers or its end is told; then the load has one in either case.
     if (mayBeDead_) return askProcess(patience);
+    // Else the end of what was refused just before would be told as that of this load.
+    startsAfterEnd_ = navigation_.awaitsRefused() && page_->isLoading() && !navigation_.isLoading();
+    if (startsAfterEnd_) return;
     const QUrl url = QUrl::fromEncoded(QByteArray::fromStdString(*navigation_.address()));
     watch_.start(requestTimeout_);
     hasProcess_ = true;
@@ -206,6 +209,7 @@ void QtWebPage::pageEnded(const QWebEngineLoadingInfo& info) {
     const auto outcome = outcomeOf(info);
     if (outcome == PageNavigation::Outcome::succeeded)
         failEvaluations(webPageError(WebPageErrorCode::pageGone, "The page was left."), document_);
+    if (std::exchange(startsAfterEnd_, false)) startSoon();
     report(navigation_.ended(outcome, textOf(info.url()), errorFrom(info)));
 }
 
@@ -246,7 +250,8 @@ void QtWebPage::askProcess(double seconds) {
 void QtWebPage::pageLostItsProcess() {
     probe_.reset();
     hasProcess_ = false;
-    if (std::exchange(mayBeDead_, false)) startSoon();
+    if (mayBeDead_ || startsAfterEnd_) startSoon();
+    mayBeDead_ = startsAfterEnd_ = false;
     dropLateQuestions();
     failEvaluations(processError(), document_ + 1);
     const auto reports = navigation_.processEnded(processError());

@@ -106,6 +106,7 @@ class QtWebPage : public WebPage, private EnginePage::Owner {
     bool isPost_ = false;             // the main frame's last request
     bool hasProcess_ = true;          // none between its end and the next load
     bool awaitsProcessEnd_ = false;   // a load waits for it
+    bool startsAfterEnd_ = false;     // a load waits for what was refused before it
     bool mayBeDead_ = false;          // a spare process that was not heard of since it was taken
     Questions lateQuestions_;         // left open when the engine wanted the answer
     std::vector<QUrl> answeredUrls_;  // the engine asks once more when it goes on

@@ -56,6 +56,7 @@ class Driver {
         if (event == "succeeded") return n.ended(Outcome::succeeded, a, error);
         if (event == "stopped") return n.ended(Outcome::stopped, a, error);
         if (event == "failed") return n.ended(Outcome::failed, a, error);
+        if (event == "unexplained") return n.ended(Outcome::unexplained, a, error);
         if (event == "died") return n.processEnded(error);
         if (event == "stop") {
             n.endWillCome();
@@ -108,6 +109,11 @@ TEST(PageNavigationTest, WhatTheEngineTellsBecomesWhatThePageReports) {
         {"which the engine is quick with", shown + "go /b, document /b, succeeded /b",
          shows + " | start commit | finish; /b"},
         {"refused", shown + "refuse /b, turn, stopped /b", shows + "; /a"},
+        {"unknown as the host loads another",
+         shown + "want /b, unknown x:, turn, stopped x:, allow", shows + " | start; /b"},
+        {"whose end is told as the load's",
+         shown + "load /b, allow, unexplained /b, document /b, loaded",
+         shows + " | start | commit | finish; /b"},
         {"refused once, allowed then", shown + "refuse /b, stopped /b, go /b, failed /b",
          shows + " | start early; /a"},
         {"of a scheme that nobody opens",
